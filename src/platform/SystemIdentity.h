@@ -1,0 +1,28 @@
+// Who and where this process is: user, computer, home and the folders that belong to the agent. Thread: any.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace vt {
+
+class SystemIdentity {
+  public:
+    virtual ~SystemIdentity() = default;
+    [[nodiscard]] virtual std::string home() const = 0; // $HOME when absolute, else the user database; no trailing "/"
+    [[nodiscard]] virtual std::uint32_t userId() const = 0;
+    [[nodiscard]] virtual std::string userName() const = 0;    // short name; "/" reads as "-"
+    [[nodiscard]] virtual std::string machineName() const = 0; // pretty host name, else host name; "/" reads as "-"
+    [[nodiscard]] virtual std::optional<std::string> hostName() const = 0; // gethostname; null when it fails
+    // The primary network interface's permanent address as 12 upper-case hexadecimal digits; null when there is none.
+    [[nodiscard]] virtual std::optional<std::string> ethernetAddress() const = 0;
+    enum class UserFolder : std::uint8_t { movies, music, pictures };
+    [[nodiscard]] virtual std::optional<std::string>
+    userFolder(UserFolder folder) const = 0;                  // absolute; null when not there
+    [[nodiscard]] virtual std::string configHome() const = 0; // $XDG_CONFIG_HOME or its default
+    [[nodiscard]] virtual std::string dataHome() const = 0;
+    [[nodiscard]] virtual std::string stateHome() const = 0;
+};
+
+} // namespace vt
