@@ -1,0 +1,156 @@
+// One drive's engine: what is known about the drive, its configuration, its filter, and the queue of tasks that its
+// worker carries out. A façade: each group of operations forwards to a collaborator of its own (queue, compare, tree,
+// copy, report, process, workfolders, progress). Thread: main, except operations named syncThread… (the worker's) and
+// the cancel mark, counters and progress (any). Owns: the drive's configuration file object, validator, reporters, task
+// queue and worker thread. Errors: yes or no at this surface; the reason is in the log. Units: absolute raw-byte paths;
+// sync items as in the sync list ("~/…" inside the home folder); byte counts.
+#pragma once
+
+#include "base/Value.h"
+#include "config/VTConfigurationFile.h"
+#include "mediafilter/VTFileValidator.h"
+#include "mediafilter/ValidatorOwner.h"
+#include "platform/AlertPanel.h"
+#include "platform/Clock.h"
+#include "platform/DriveFiles.h"
+#include "platform/PropertyLists.h"
+#include "platform/RunLoop.h"
+#include "platform/SystemIdentity.h"
+#include "platform/VolumeService.h"
+#include "platform/Workspace.h"
+#include "sync/SyncHost.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vt {
+
+class FSNamesAndTags;
+
+// Everything a controller needs from outside; one set serves all controllers and outlives them.
+struct SyncServices {
+    SyncHost& host;
+    DriveFilesFactory& driveFiles;
+    VolumeService& volumes;
+    PropertyLists& propertyLists;
+    Preferences& preferences;
+    const SystemIdentity& system;
+    const Clock& clock;
+    RunLoop& runLoop;
+    Workspace& workspace;
+    AlertPanel& alerts;
+    const ExclusionTables& exclusions;
+    FSNamesAndTags& fileSystems;
+};
+
+class VTSyncController : public ValidatorOwner, public std::enable_shared_from_this<VTSyncController> {
+  public:
+    // Null when the controller cannot be made. The worker thread starts with the first task.
+    [[nodiscard]] static std::shared_ptr<VTSyncController>
+    controllerForMountPoint(const std::string& mountPoint, const std::string& deviceVendor,
+                            const std::optional<std::string>& uuid, const std::optional<std::string>& bsdNode,
+                            SyncServices& services);
+    ~VTSyncController() override;
+
+    // Set-up checks, in this order on arrival.
+    [[nodiscard]] bool isValidDevice();
+    [[nodiscard]] bool isValidFileSystem();
+    bool syncIsEnabledForThisDevice();
+    [[nodiscard]] bool hasUserSeenThisDevice() const;
+    [[nodiscard]] int syncType() const;
+    [[nodiscard]] static std::int64_t parseDiskSize(std::string_view text);
+
+    // Paths.
+    [[nodiscard]] std::string pathForPushkeyTarget() const;
+    [[nodiscard]] std::string pathForPushkeyTemp() const;
+    [[nodiscard]] std::string pathForLocalTemp() const;
+    [[nodiscard]] std::string pathForScanResults() const;
+    [[nodiscard]] std::string pathSegmentFromSyncItem(const std::string& item) const;
+
+    // Queueing.
+    void sync();
+    void continuousSyncNow(const std::vector<std::string>& paths);
+    void removeDriveSync();
+    void updateSyncList(const std::vector<std::string>& list);
+    void driveDisappeared();
+    void setContinuousSyncState(bool enabled);
+    void setSyncMoviesState(bool enabled);
+    void setSyncMusicState(bool enabled);
+    void setSyncPicturesState(bool enabled);
+    void setSyncDocumentsState(bool enabled);
+    void setSyncDeviceFilter(std::int32_t filter);
+    void toggleContinuousSync();
+    void togglePreviewEnabled();
+    void helpClicked();
+    void cancelButtonClicked();
+    [[nodiscard]] bool busy() const;
+    [[nodiscard]] bool busyWithSynclistOnly() const;
+    [[nodiscard]] bool syncInProgress() const;
+    [[nodiscard]] bool continuousSyncInProgress() const;
+    [[nodiscard]] bool windowShouldClose() const;
+    // A sync: of this controller is scheduled for later: a pending cancel mark must wait for it.
+    void syncWasScheduled();
+    void scheduledSyncEnded();
+
+    // Switches, all read through the drive's configuration.
+    [[nodiscard]] bool continuousSyncState() const;
+    [[nodiscard]] bool syncMoviesState() const;
+    [[nodiscard]] bool syncMusicState() const;
+    [[nodiscard]] bool syncPicturesState() const;
+    [[nodiscard]] bool syncDocumentsState() const;
+    [[nodiscard]] std::int32_t syncDeviceFilter() const;
+    [[nodiscard]] bool participateSyncState() const;
+    void setParticipateSyncState(bool participate);
+    [[nodiscard]] bool quietSyncState() const;
+    void setQuietSyncState(bool quiet);
+    [[nodiscard]] bool isQuietSync() const;
+    [[nodiscard]] bool isPreviewEnabled() const;
+    void setPreviewEnabledState(bool enabled);
+    [[nodiscard]] bool hasSyncConfiguration() const;
+    [[nodiscard]] bool isParticipatingInSync() const;
+    [[nodiscard]] std::vector<std::string> shadowedSyncList();
+    void setShadowedSyncList(const std::vector<std::string>& list);
+    [[nodiscard]] std::optional<Date> lastSyncTime();
+    void updateLastSyncTime(Date date);
+    [[nodiscard]] VTConfigurationFile& deviceConfiguration() const;
+
+    // The drive.
+    [[nodiscard]] const std::string& deviceMountPoint() const;
+    [[nodiscard]] const std::string& deviceVendor() const;
+    [[nodiscard]] std::optional<std::string> deviceUUIDString() const;
+    [[nodiscard]] bool fsIsCompatible();
+    [[nodiscard]] bool fsIsNTFS();
+    [[nodiscard]] bool fsLimit4G();
+    [[nodiscard]] std::string fsName();
+    [[nodiscard]] std::uint64_t totalBytes();
+    [[nodiscard]] std::uint64_t freeBytes();
+    [[nodiscard]] std::string diskSlice() const;
+    [[nodiscard]] std::string fileSystemType() const;
+    [[nodiscard]] std::string volumeName() const;
+
+    // The filter.
+    std::shared_ptr<VTFileValidator> updateFileValidator(const ContainerValidatorList& validators);
+    [[nodiscard]] std::shared_ptr<VTFileValidator> fileValidator() const;
+    [[nodiscard]] bool shouldCopyItem(const std::string& path) const;
+
+    // Cancel mark and progress: any thread.
+    void setCancelPending(bool pending, bool returnValue);
+    [[nodiscard]] bool cancelPending() const override;
+    [[nodiscard]] bool cancelRVal() const;
+    void initForNewJob();
+    void setProgressActivePath(const std::string* path);
+    [[nodiscard]] Value::Dictionary getCurrentProgressDict(); // a copy taken at this moment
+
+    // For the tests and the end of the process: true once the worker has ended (or never started).
+    [[nodiscard]] bool workerEnded() const;
+
+  private:
+    struct Parts; // the collaborators
+    explicit VTSyncController(std::unique_ptr<Parts> parts);
+    std::unique_ptr<Parts> _parts;
+};
+
+} // namespace vt

@@ -1,0 +1,46 @@
+// The two folders in which a sync stages its copies: one on the drive, one on the computer. Makes, commits and removes
+// them. Thread: the drive's worker. Errors: yes or no; the reason is in the log.
+#pragma once
+
+#include "platform/FileService.h"
+#include "platform/Workspace.h"
+#include "sync/report/ReporterDelegate.h"
+#include "sync/tree/TreeOperations.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace vt {
+
+struct WorkFolderPaths {
+    std::string target;    // the drive's root for synced items
+    std::string driveWork; // the drive-side work folder
+    std::string localWork; // the computer-side work folder
+};
+
+class WorkFolders {
+  public:
+    struct Services {
+        FileService& files;
+        Workspace& workspace;
+        TreeOperations& tree;
+        std::function<void(const std::string&)> debugLine; // written only while the debug flag is on
+        std::function<void(const std::string&)> logLine;   // always written
+        std::function<std::shared_ptr<MRLErrorReporter>()> errorReporter;
+        std::function<bool()> stopsCommit;                             // a cancel is pending with the return value NO
+        std::function<void(const std::string& stagedPath)> leftBehind; // a staged item that the commit did not move
+    };
+    WorkFolders(WorkFolderPaths paths, Services services) : _paths(std::move(paths)), _services(std::move(services)) {}
+
+    bool prepare();            // syncThreadPrepareFolders, after the scan results were cleared
+    bool processTempFolders(); // syncThreadProcessTempFolders
+    bool processATempFolder(const std::string& folder);
+    bool deleteTempFolders();
+
+  private:
+    WorkFolderPaths _paths;
+    Services _services;
+};
+
+} // namespace vt
