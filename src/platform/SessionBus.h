@@ -1,0 +1,56 @@
+// The agent's place on the user's session bus: scripting events, the drives, and signals about them.
+// Thread: main; every request is delivered there. Errors: see each operation; an error's code decides the bus error's
+// name
+//   (ENOENT: the drive is not served; EBUSY: a sync is in progress; anything else: failed), its text is the message.
+#pragma once
+
+#include "base/EventDescriptor.h"
+#include "base/Result.h"
+#include "base/Value.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace vt {
+
+struct BusEvent {
+    FourCharCode eventClass;
+    FourCharCode eventId;
+    EventDescriptor::Record parameters;
+    bool wantsReply = true; // otherwise the reply is the null reply
+};
+
+// What the bus asks of the application. Completions may be called at once or later, each exactly once, on the main
+// thread.
+class BusService {
+  public:
+    using DriveCompletion = std::function<void(Result<Value::Dictionary>)>;
+    using Completion = std::function<void(Result<void>)>;
+
+    virtual ~BusService() = default;
+    // The reply's parameters; what must come after the reply (an alert) is scheduled, not done inside. ENOSYS: unknown
+    // event.
+    virtual Result<EventDescriptor::Record> event(const BusEvent& event) = 0;
+    virtual std::vector<Value::Dictionary> drives() = 0;
+    virtual std::vector<Value::Dictionary> volumes() = 0;
+    virtual void adopt(const std::string& path, DriveCompletion done) = 0;
+    virtual void forget(const std::string& path, Completion done) = 0;
+    virtual Result<Value::Dictionary> progress(const std::string& path) = 0;
+    virtual void eject(const std::string& path, Completion done) = 0;
+    virtual void quit() = 0;
+};
+
+class SessionBus {
+  public:
+    virtual ~SessionBus() = default;
+    // Exports the object and takes the name. EEXIST: another agent owns it; ENOTCONN: there is no bus (the agent goes
+    // on without).
+    [[nodiscard]] virtual Result<void> start(BusService& service) = 0;
+    virtual void driveAppeared(const std::string& mountPoint) = 0;
+    virtual void driveDisappeared(const std::string& mountPoint) = 0;
+    virtual void stop() = 0;
+};
+
+} // namespace vt
