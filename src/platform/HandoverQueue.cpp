@@ -109,11 +109,7 @@ bool HandoverQueue::serveUntil(const std::function<bool()>& done, std::chrono::m
     while (!answer) {
         const auto left = atMost - (std::chrono::steady_clock::now() - start);
         if (left <= std::chrono::nanoseconds::zero()) break;
-        if (!runNext()) {
-            std::unique_lock lock(state->lock);
-            state->changed.wait_for(lock, std::min<std::chrono::nanoseconds>(left, askAgain),
-                                    [&] { return !state->items.empty(); });
-        }
+        if (!runNext()) waitForItem(std::min<std::chrono::nanoseconds>(left, askAgain));
         answer = done();
     }
     bool release = false;
@@ -123,6 +119,11 @@ bool HandoverQueue::serveUntil(const std::function<bool()>& done, std::chrono::m
     }
     if (release) releaseWaiters();
     return answer;
+}
+
+void HandoverQueue::waitForItem(std::chrono::nanoseconds atMost) {
+    std::unique_lock lock(_state->lock);
+    _state->changed.wait_for(lock, atMost, [this] { return !_state->items.empty(); });
 }
 
 void HandoverQueue::beginShutdown() {

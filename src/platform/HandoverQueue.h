@@ -28,6 +28,8 @@ class HandoverQueue {
     void beginShutdown();
     // Runs the oldest item; false when there was none.
     bool runNext();
+    // Sleeps until there is an item, `atMost` at the longest.
+    void waitForItem(std::chrono::nanoseconds atMost);
 
     // Runs `work` and keeps its exceptions inside.
     static void runGuarded(const std::function<void()>& work);
