@@ -14,10 +14,15 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace vt {
 
+class MediaFacts;
+class MediaPass;
+class MediaServices;
+class NameIndex;
 class VTContainerValidator;
 using ContainerValidatorList = std::vector<const VTContainerValidator*>;
 
@@ -30,21 +35,34 @@ class VTFileValidator {
     std::size_t addContainerValidator(const VTContainerValidator* validator); // the new count
     std::size_t addContainerValidators(const ContainerValidatorList& validators);
     void flushValidators();
+    // How to find out what a file holds; outlives this validator. Without it no media file is valid, so that patterns
+    // with codec validators refuse.
+    void setMediaServices(MediaServices* services);
+    // A new pass over the drive starts: forgets what is read once per pass.
+    void beginPass();
 
     [[nodiscard]] bool shouldCopyItem(const std::string& path, bool limitTo4G) const;
     [[nodiscard]] bool shouldCopyItem(const std::string& path, std::string_view baseName, bool limitTo4G) const;
-    // The same answer without a look at the disk, for a caller that knows the item: its attributes after following a
-    // link. `known` may be null: then it is looked up.
+    // The same answer for a caller that knows the item: its attributes after following a link, or null. Only a folder
+    // named like a package, a file of 4 GiB or more under the limit, and media content still cost a look at the disk.
     [[nodiscard]] bool shouldCopyKnownItem(const std::string& path, std::string_view baseName, bool limitTo4G,
                                            const FileAttributes* known) const;
 
   private:
-    const ExclusionTables& _exclusions;
+    [[nodiscard]] bool isExcluded(const std::string& standardPath, std::string_view baseName) const;
+    [[nodiscard]] bool isPackage(const std::string& path) const;
+    [[nodiscard]] bool isBelow4G(const std::string& path, const FileAttributes* known) const;
+    [[nodiscard]] bool anyValidatorAccepts(const std::string& path, std::string_view baseName, bool limitTo4G,
+                                           const FileAttributes* known) const;
+
     HomePaths _homePaths;
     FileService& _files;
+    std::unordered_set<std::string_view> _filteredNames; // views into the exclusion tables
+    std::unordered_set<std::string_view> _filteredPaths;
     std::weak_ptr<const ValidatorOwner> _owner;
-    bool _hasOwner = false;
     ContainerValidatorList _containerValidators;
+    std::unique_ptr<const NameIndex> _index; // of the whole list, built anew when it changes
+    std::unique_ptr<MediaPass> _media;       // null without media services
 };
 
 } // namespace vt

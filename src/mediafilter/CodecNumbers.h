@@ -1,0 +1,20 @@
+// The codec numbers that a characterisation holds, reduced from the four-character format codes of a container.
+// Thread: any.
+#pragma once
+
+#include "base/FourCharCode.h"
+
+#include <cstdint>
+
+namespace vt {
+
+namespace codecnumbers {
+inline constexpr std::int32_t unknown = 0;
+inline constexpr std::int32_t pngVideo = 20;
+} // namespace codecnumbers
+
+// `unknown` for a code that is not in the table.
+[[nodiscard]] std::int32_t videoCodecNumber(FourCharCode code);
+[[nodiscard]] std::int32_t audioCodecNumber(FourCharCode code);
+
+} // namespace vt

@@ -1,0 +1,46 @@
+// One name pattern: a POSIX extended expression that is searched in a base name. The common shapes are answered without
+// the expression engine, with the same result.
+// Thread: any after construction. Owns: the compiled expression.
+// Errors: a pattern that does not compile matches nothing; compileResult() says why.
+// Units: names are bytes in the C locale; case is ignored for ASCII only.
+#pragma once
+
+#include <cstddef>
+#include <regex>
+#include <string>
+#include <string_view>
+
+namespace vt {
+
+class NamePattern {
+  public:
+    // No file system holds a longer name, so none is looked at: the engine's depth grows with the name.
+    static constexpr std::size_t longestName = 1024;
+
+    NamePattern() = default; // matches nothing, compileResult -1
+    NamePattern(std::string_view pattern, bool ignoreCase);
+
+    [[nodiscard]] int compileResult() const { return _compileResult; } // 0: compiled
+    [[nodiscard]] bool matches(std::string_view name) const;
+    // The extension in lower case, without its dot, when the pattern is exactly "ends with this extension, in any
+    // case"; empty for every other pattern.
+    [[nodiscard]] const std::string& plainExtension() const { return _plainExtension; }
+    // What the expression engine alone says: what matches() has to agree with.
+    [[nodiscard]] bool matchesByEngine(std::string_view name) const;
+
+  private:
+    void compile(std::string_view pattern, bool ignoreCase);
+
+    int _compileResult = -1;
+    bool _matchesEverything = false;
+    std::string _plainExtension;
+    std::string _requiredText; // lower case; every match holds it, in any case
+    std::regex _expression;
+};
+
+// The ASCII letters in lower case, every other byte as it is.
+[[nodiscard]] constexpr char foldedByte(char byte) {
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+}
+
+} // namespace vt
