@@ -1,14 +1,18 @@
 // The activity log: a text in memory that mirrors a plain file, and a window on it once somebody opens one.
-// Thread: lines may be added on any; the window and the file belong to the main thread.
+// Thread: lines may be added on any; the window and the file belong to the main thread, and a call that needs them from
+//   elsewhere is performed there and waited for.
 // Errors: never a reason for any other operation to fail; a failed write leaves one line in the system log.
 // Units: the file is UTF-8; it is dropped whole above 3,072,000 bytes (once kept as "<name>.old").
 #pragma once
 
+#include "log/LogFile.h"
+#include "platform/AlertPanel.h"
 #include "platform/Clock.h"
 #include "platform/FileService.h"
 #include "platform/RunLoop.h"
 #include "platform/Workspace.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -28,6 +32,7 @@ class VTLogController {
         RunLoop& runLoop;
         Workspace& workspace;
         std::function<std::unique_ptr<LogWindow>()> makeWindow; // may be empty, and may answer null without a display
+        AlertPanel* alerts = nullptr; // asks before clearing while no window is visible; null: the window asks
     };
     explicit VTLogController(Services services);
     ~VTLogController();
@@ -53,8 +58,8 @@ class VTLogController {
     [[nodiscard]] bool isLogWindowVisible() const;
     void clearLog();
 
-    [[nodiscard]] const std::string& logFilename() const { return _logFilename; }
-    void setLogFilename(std::string path) { _logFilename = std::move(path); }
+    [[nodiscard]] const std::string& logFilename() const { return _logFile.path(); }
+    void setLogFilename(std::string path) { _logFile.setPath(std::move(path)); }
     [[nodiscard]] const std::string& frameAutosaveName() const { return _frameAutosaveName; }
     void setFrameAutosaveName(std::string name) { _frameAutosaveName = std::move(name); }
     [[nodiscard]] const std::string& windowTitle() const { return _windowTitle; }
@@ -64,14 +69,19 @@ class VTLogController {
     [[nodiscard]] std::string contents() const; // the whole log as it stands
 
   private:
+    bool loadWindow();
+    [[nodiscard]] bool windowHoldsText() const;
+    [[nodiscard]] std::string windowText() const;
+
     Services _services;
+    LogFile _logFile;
     std::unique_ptr<LogWindow> _window;
-    mutable std::mutex _logQueue; // guards _contentsReadFromFile
+    mutable std::mutex _logQueue; // guards the two below
     std::string _contentsReadFromFile;
-    std::string _logFilename;
+    bool _windowHoldsText = false; // lines go to the window; the string above stays empty
     std::string _frameAutosaveName;
     std::string _windowTitle;
-    bool _suppressTimeStamp = false;
+    std::atomic<bool> _suppressTimeStamp = false;
 };
 
 } // namespace vt
