@@ -7,34 +7,19 @@
 // folder with "~".
 #pragma once
 
-#include "base/LogSink.h"
 #include "base/Value.h"
-#include "config/HostIdentity.h"
-#include "platform/Clock.h"
-#include "platform/FileService.h"
-#include "platform/Preferences.h"
-#include "platform/PropertyLists.h"
-#include "platform/SystemIdentity.h"
+#include "config/ConfigurationServices.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace vt {
 
-struct ConfigurationServices {
-    FileService& files; // bound to the drive where there is a drive guard
-    FileContents& contents;
-    PropertyLists& propertyLists;
-    Preferences& preferences; // the foreign domains that the default list reads
-    const SystemIdentity& system;
-    const HostIdentity& host;
-    const Clock& clock;
-    LogSink& log; // debugEnabled() is read once, at creation
-};
+class ConfigurationStore;
 
 class VTConfigurationFile {
   public:
@@ -45,6 +30,11 @@ class VTConfigurationFile {
     configWithMountPoint(const std::string& mountPoint, int syncType, const ConfigurationServices& services);
     VTConfigurationFile(std::string mountPoint, int syncType, const ConfigurationServices& services);
     ~VTConfigurationFile();
+
+    // Where a write runs that an edit asks for: the answer is that of the write, or true when it goes on without the
+    // caller. Without a runner it runs at once in the caller's thread. Set before the first edit.
+    using WriteRunner = std::function<bool(std::function<bool()> write)>;
+    void setWriteRunner(WriteRunner runner) { _runWrite = std::move(runner); }
 
     void initializeConfigurationFile();
     void createInternalConfig();
@@ -107,15 +97,24 @@ class VTConfigurationFile {
     bool removeLastSyncDateForUser(); // takes the key out again when a commit left something behind
     [[nodiscard]] std::optional<std::string> computerNameForUniqueHostID(const std::string& hostId) const;
 
-    [[nodiscard]] const std::string& configPath() const { return _configPath; }
+    // Where the default list looks; null when there is nothing, or nothing outside the user's own folders.
+    [[nodiscard]] std::optional<std::string> getiTunesMusicLibraryPath() const;
+    [[nodiscard]] std::optional<std::string> getiPhotoLibraryPath() const;
+    [[nodiscard]] std::optional<std::string> getPhotoBoothLibraryPath() const;
+
+    [[nodiscard]] const std::string& configPath() const;
     [[nodiscard]] int syncType() const;
     [[nodiscard]] std::optional<Value::Dictionary> dictionary() const; // a copy of the current one
 
   private:
-    struct State;
-    std::string _mountPoint;
-    std::string _configPath;
-    std::unique_ptr<State> _state;
+    bool save(std::uint64_t removals);
+    bool storeSetting(const char* key, const Value& value);
+    bool storeList(const std::optional<std::vector<std::string>>& list);
+    void takeOverSharedList();
+    void sayRefused(const std::vector<std::string>& items) const;
+
+    std::shared_ptr<ConfigurationStore> _store;
+    WriteRunner _runWrite;
 };
 
 } // namespace vt

@@ -1,0 +1,21 @@
+// Sets a file or folder of a drive aside before a step destroys it: by one rename, never by a copy.
+// Thread: the drive's.
+// Errors: ENOENT when nothing is there; otherwise the last rename's, and the item stands where it was.
+// Units: the mount point is absolute without trailing "/"; the item's path is relative to it; the day is a local one.
+#pragma once
+
+#include "base/Date.h"
+#include "base/Result.h"
+#include "platform/FileService.h"
+
+#include <string>
+
+namespace vt {
+
+// To "<drive>/Archived Vantaro Backups/<YYYY-MM-DD>/<path on the drive>", with " -n" after the last component when that
+// is taken; where that cannot be made, to "<name> (kept <YYYY-MM-DD>)" in its own folder. Answers the new path.
+// No link of the drive is followed on the way.
+[[nodiscard]] Result<std::string> keepAside(FileService& files, const std::string& mountPoint,
+                                            const std::string& pathOnDrive, Date now);
+
+} // namespace vt
