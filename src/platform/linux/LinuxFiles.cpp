@@ -1,0 +1,176 @@
+#include "platform/linux/LinuxFiles.h"
+
+#include "platform/linux/DirectoryReader.h"
+#include "platform/linux/FileStatus.h"
+#include "platform/linux/TreeRemoval.h"
+
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace vt {
+
+namespace {
+
+// What file systems answer that keep no such thing at all.
+bool meansUnsupported(int code) {
+    return code == EOPNOTSUPP || code == ENOTTY || code == ENOSYS || code == EINVAL;
+}
+
+unsigned renameFlags(Replace replace) {
+    switch (replace) {
+    case Replace::never:
+        return RENAME_NOREPLACE;
+    case Replace::exchange:
+        return RENAME_EXCHANGE;
+    case Replace::always:
+        break;
+    }
+    return 0;
+}
+
+int renameBetween(const Place& from, const Place& to, Replace replace) {
+    const auto attempt = [&](unsigned flags) {
+        return ::renameat2(from.directory(), from.name(), to.directory(), to.name(), flags) == 0 ? 0 : errno;
+    };
+    const int code = attempt(renameFlags(replace));
+    if (replace != Replace::never || (code != EINVAL && code != ENOSYS)) return code;
+    // A file system without the flag: look first, then rename.
+    struct statx status {};
+    const int there = readStatus(to.directory(), to.name(), status);
+    if (there == 0) return EEXIST;
+    return there == ENOENT ? attempt(0) : there;
+}
+
+} // namespace
+
+LinuxFiles::LinuxFiles(const DriveRoot* drive, PathLocator::Resolver resolver) : _locator(drive, resolver) {}
+
+Result<FileAttributes> LinuxFiles::attributes(const std::string& path) {
+    Result<Place> place = _locator.place(path);
+    if (!place) return place.error();
+    struct statx status {};
+    const int code = readStatus(place->directory(), place->name(), status);
+    if (code != 0) return _locator.error(code, path);
+    return attributesOf(status);
+}
+
+Result<FileAttributes> LinuxFiles::attributesFollowing(const std::string& path) {
+    Result<UniqueFd> item = _locator.open(path, O_PATH);
+    if (!item) return item.error();
+    struct statx status {};
+    const int code = readStatus(item->get(), "", status);
+    if (code != 0) return _locator.error(code, path);
+    return attributesOf(status);
+}
+
+Result<std::vector<DirectoryEntry>> LinuxFiles::list(const std::string& path) {
+    Result<UniqueFd> folder = _locator.open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+    if (!folder) return folder.error();
+    std::vector<FolderName> names;
+    if (const int code = readNames(folder->get(), names); code != 0) return _locator.error(code, path);
+    std::vector<DirectoryEntry> entries;
+    entries.reserve(names.size());
+    for (FolderName& name : names) {
+        struct statx status {};
+        const int code = readStatus(folder->get(), name.name.c_str(), status);
+        if (code == ENOENT) continue;
+        if (code != 0) return _locator.error(code, path + "/" + name.name);
+        entries.push_back({std::move(name.name), attributesOf(status)});
+    }
+    return entries;
+}
+
+Result<std::vector<std::string>> LinuxFiles::listNames(const std::string& path) {
+    Result<UniqueFd> folder = _locator.open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+    if (!folder) return folder.error();
+    std::vector<FolderName> found;
+    if (const int code = readNames(folder->get(), found); code != 0) return _locator.error(code, path);
+    std::vector<std::string> names;
+    names.reserve(found.size());
+    for (FolderName& name : found) names.push_back(std::move(name.name));
+    return names;
+}
+
+Result<void> LinuxFiles::makeDirectory(const std::string& path, std::uint32_t mode) {
+    Result<Place> place = _locator.place(path);
+    if (!place) return place.error();
+    if (::mkdirat(place->directory(), place->name(), mode) != 0) return _locator.error(errno, path);
+    struct statx status {};
+    const int code = readStatus(place->directory(), place->name(), status);
+    if (code != 0) return _locator.error(code, path);
+    // The process's mask or the parent's rules took or added something; a file system without modes keeps its own.
+    if ((status.stx_mode & 07777U) != mode)
+        (void)::fchmodat(place->directory(), place->name(), mode, AT_SYMLINK_NOFOLLOW);
+    return {};
+}
+
+Result<void> LinuxFiles::move(const std::string& from, const std::string& to, Replace replace) {
+    Result<Place> source = _locator.place(from);
+    if (!source) return source.error();
+    Result<Place> target = _locator.place(to);
+    if (!target) return target.error();
+    const int code = renameBetween(*source, *target, replace);
+    if (code == 0) return {};
+    return _locator.isOnDrive(from) ? _locator.error(code, from) : _locator.error(code, to);
+}
+
+Result<void> LinuxFiles::remove(const std::string& path, const RemovalQuestion& question) {
+    return TreeRemoval(_locator, question).remove(path);
+}
+
+Result<std::string> LinuxFiles::readLink(const std::string& path) {
+    Result<Place> place = _locator.place(path);
+    if (!place) return place.error();
+    std::array<char, 4096> target{};
+    const ssize_t length = ::readlinkat(place->directory(), place->name(), target.data(), target.size());
+    if (length < 0) return _locator.error(errno, path);
+    return std::string(target.data(), static_cast<std::size_t>(length));
+}
+
+Result<void> LinuxFiles::makeLink(const std::string& path, const std::string& target) {
+    if (target.find('\0') != std::string::npos) return _locator.error(EINVAL, path);
+    Result<Place> place = _locator.place(path);
+    if (!place) return place.error();
+    if (::symlinkat(target.c_str(), place->directory(), place->name()) != 0) return _locator.error(errno, path);
+    return {};
+}
+
+Result<void> LinuxFiles::setImmutable(const std::string& path, bool immutable) {
+    const Result<FileAttributes> present = attributes(path);
+    if (!present) return present.error();
+    if (present->immutable == immutable) return {};
+    if (!present->isRegular() && !present->isDirectory()) return _locator.error(EOPNOTSUPP, path);
+    Result<UniqueFd> item = _locator.open(path, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
+    if (!item) return item.error();
+    int flags = 0;
+    int code = ::ioctl(item->get(), FS_IOC_GETFLAGS, &flags) == 0 ? 0 : errno;
+    if (code == 0) {
+        flags = immutable ? flags | FS_IMMUTABLE_FL : flags & ~FS_IMMUTABLE_FL;
+        code = ::ioctl(item->get(), FS_IOC_SETFLAGS, &flags) == 0 ? 0 : errno;
+    }
+    if (code == 0) return {};
+    return _locator.error(meansUnsupported(code) ? EOPNOTSUPP : code, path);
+}
+
+Result<void> LinuxFiles::setMode(const std::string& path, std::uint32_t mode) {
+    Result<Place> place = _locator.place(path);
+    if (!place) return place.error();
+    if (::fchmodat(place->directory(), place->name(), mode & 07777U, AT_SYMLINK_NOFOLLOW) != 0)
+        return _locator.error(errno, path);
+    return {};
+}
+
+Result<void> LinuxFiles::setModified(const std::string& path, Date modified) {
+    Result<Place> place = _locator.place(path);
+    if (!place) return place.error();
+    const std::array<timespec, 2> times{timespec{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, timespecOf(modified)};
+    if (::utimensat(place->directory(), place->name(), times.data(), AT_SYMLINK_NOFOLLOW) != 0)
+        return _locator.error(errno, path);
+    return {};
+}
+
+} // namespace vt
