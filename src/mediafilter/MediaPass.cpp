@@ -3,6 +3,7 @@
 namespace vt {
 
 void MediaPass::begin() {
+    _services.passBegins();
     const std::lock_guard guard(_lock);
     _libraryIsRead = false;
     _library.reset();

@@ -23,6 +23,7 @@ class MediaServices {
     [[nodiscard]] virtual Answer characterize(const std::string& path, std::int32_t containerType,
                                               const FileAttributes* known) = 0;
     [[nodiscard]] virtual std::optional<std::string> photoBoothLibrary() = 0;
+    virtual void passBegins() = 0; // of any drive: a moment to keep what was found out
 };
 
 } // namespace vt
