@@ -1,11 +1,27 @@
 #include "mediafilter/NamePattern.h"
 
 #include <algorithm>
-#include <locale>
+#include <clocale>
 
 namespace vt {
 
 namespace {
+
+// The C locale for this thread while it lives.
+class CLocale {
+  public:
+    CLocale() : _before(uselocale(theCLocale())) {}
+    ~CLocale() { uselocale(_before); }
+    CLocale(const CLocale&) = delete;
+    CLocale& operator=(const CLocale&) = delete;
+
+  private:
+    static locale_t theCLocale() {
+        static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
+        return locale;
+    }
+    locale_t _before;
+};
 
 bool isWordByte(char byte) {
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') || byte == '_';
@@ -54,23 +70,22 @@ std::string textRequiredBy(std::string_view pattern) {
 } // namespace
 
 NamePattern::NamePattern(std::string_view pattern, bool ignoreCase) {
-    compile(pattern, ignoreCase);
-    if (_compileResult != 0) return;
+    auto expression = std::make_unique<regex_t>();
+    {
+        const CLocale locale;
+        _compileResult = regcomp(expression.get(), std::string(pattern).c_str(),
+                                 REG_EXTENDED | REG_NOSUB | (ignoreCase ? REG_ICASE : 0));
+    }
+    if (_compileResult != 0) return; // nothing to free then
+    _expression.reset(expression.release());
     _matchesEverything = pattern == ".*";
     if (ignoreCase) _plainExtension = extensionOfSuffixPattern(pattern);
     _requiredText = textRequiredBy(pattern);
 }
 
-void NamePattern::compile(std::string_view pattern, bool ignoreCase) {
-    auto flags = std::regex::extended | std::regex::nosubs;
-    if (ignoreCase) flags |= std::regex::icase;
-    try {
-        _expression.imbue(std::locale::classic());
-        _expression.assign(pattern.begin(), pattern.end(), flags);
-        _compileResult = 0;
-    } catch (const std::regex_error& error) {
-        _compileResult = static_cast<int>(error.code()) + 1; // the library's first error code may be 0
-    }
+void NamePattern::Free::operator()(regex_t* expression) const {
+    regfree(expression);
+    delete expression;
 }
 
 bool NamePattern::matches(std::string_view name) const {
@@ -84,12 +99,9 @@ bool NamePattern::matches(std::string_view name) const {
 }
 
 bool NamePattern::matchesByEngine(std::string_view name) const {
-    if (_compileResult != 0 || name.size() > longestName) return false;
-    try {
-        return std::regex_search(name.begin(), name.end(), _expression);
-    } catch (const std::regex_error&) {
-        return false; // the engine gave up on this name: it does not match
-    }
+    if (_expression == nullptr) return false;
+    const CLocale locale; // the engine folds case by the locale of the call, not of the compilation
+    return regexec(_expression.get(), std::string(name).c_str(), 0, nullptr, 0) == 0;
 }
 
 } // namespace vt

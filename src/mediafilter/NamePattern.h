@@ -2,11 +2,11 @@
 // the expression engine, with the same result.
 // Thread: any after construction. Owns: the compiled expression.
 // Errors: a pattern that does not compile matches nothing; compileResult() says why.
-// Units: names are bytes in the C locale; case is ignored for ASCII only.
+// Units: names are bytes without NUL, in the C locale whatever the process's is; case is ignored for ASCII only.
 #pragma once
 
-#include <cstddef>
-#include <regex>
+#include <memory>
+#include <regex.h>
 #include <string>
 #include <string_view>
 
@@ -14,13 +14,10 @@ namespace vt {
 
 class NamePattern {
   public:
-    // No file system holds a longer name, so none is looked at: the engine's depth grows with the name.
-    static constexpr std::size_t longestName = 1024;
-
     NamePattern() = default; // matches nothing, compileResult -1
     NamePattern(std::string_view pattern, bool ignoreCase);
 
-    [[nodiscard]] int compileResult() const { return _compileResult; } // 0: compiled
+    [[nodiscard]] int compileResult() const { return _compileResult; } // of regcomp; 0: compiled
     [[nodiscard]] bool matches(std::string_view name) const;
     // The extension in lower case, without its dot, when the pattern is exactly "ends with this extension, in any
     // case"; empty for every other pattern.
@@ -29,13 +26,15 @@ class NamePattern {
     [[nodiscard]] bool matchesByEngine(std::string_view name) const;
 
   private:
-    void compile(std::string_view pattern, bool ignoreCase);
+    struct Free {
+        void operator()(regex_t* expression) const;
+    };
 
     int _compileResult = -1;
     bool _matchesEverything = false;
     std::string _plainExtension;
-    std::string _requiredText; // lower case; every match holds it, in any case
-    std::regex _expression;
+    std::string _requiredText;                  // lower case; every match holds it, in any case
+    std::unique_ptr<regex_t, Free> _expression; // null unless compiled
 };
 
 // The ASCII letters in lower case, every other byte as it is.
