@@ -20,6 +20,9 @@ class SystemIdentity {
     enum class UserFolder : std::uint8_t { movies, music, pictures };
     [[nodiscard]] virtual std::optional<std::string>
     userFolder(UserFolder folder) const = 0;                  // absolute; null when not there
+    // The version that chooses between older and newer roads of the platform: 0x1080, "10.8". Null: the query failed.
+    [[nodiscard]] virtual std::optional<std::int32_t> systemVersion() const { return 0x1080; }
+    [[nodiscard]] virtual std::string productVersion() const { return "10.8"; }
     [[nodiscard]] virtual std::string configHome() const = 0; // $XDG_CONFIG_HOME or its default
     [[nodiscard]] virtual std::string dataHome() const = 0;
     [[nodiscard]] virtual std::string stateHome() const = 0;

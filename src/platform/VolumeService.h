@@ -74,6 +74,8 @@ class VolumeService {
     // Takes a plain folder as a folder drive (or lets it go). An event follows. Errors: ENOTDIR, ENOENT, EACCES.
     [[nodiscard]] virtual Result<void> addFolderDrive(const std::string& path) = 0;
     virtual void removeFolderDrive(const std::string& path) = 0;
+    // Unmounts a volume, or lets a folder drive go; the event follows. EBUSY while anything is open on it, EPERM.
+    [[nodiscard]] virtual Result<void> unmount(const std::string& mountPoint) = 0;
 };
 
 } // namespace vt

@@ -50,10 +50,6 @@ EventDescriptor emptyResult(ReplyKind kind) {
 } // namespace
 
 Result<EventDescriptor::Record> EventDispatcher::dispatch(const BusEvent& event) {
-    if (event.eventClass == "aevt"_fcc && event.eventId == "quit"_fcc) {
-        _target.quitApplication();
-        return EventDescriptor::Record{};
-    }
     const auto commands = eventCommands();
     const auto command = std::find_if(commands.begin(), commands.end(), [&](const EventCommand& row) {
         return event.eventClass == vantaroEventClass && row.id == event.eventId;

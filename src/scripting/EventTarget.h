@@ -51,7 +51,6 @@ class EventTarget {
     // Schedules a sync after the usual second when continuous sync and participation are on.
     virtual void syncSoonIfContinuous(const std::string& drive) = 0;
     virtual void sendActivityNotification() = 0; // unforced, with nothing
-    virtual void quitApplication() = 0;
 };
 
 } // namespace vt

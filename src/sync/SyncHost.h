@@ -26,6 +26,9 @@ class SyncHost : public HostIdentity {
     [[nodiscard]] virtual bool runningOnLeopardOrLater() const = 0;
     virtual void addSeenDevice(const std::string& drive) = 0; // main
     virtual void doHelp() = 0;                                // main
+    // A "remove-sync" task has run: the application replaces the controller by a fresh one for the same mount. Any
+    // thread.
+    virtual void syncConfigurationRemoved(const std::string& mountPoint) = 0;
     // The path is a mapped share of a wireless drive.
     [[nodiscard]] virtual bool isMappedShare(const std::string& mountPoint) const = 0;
 };

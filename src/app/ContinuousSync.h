@@ -1,0 +1,55 @@
+// Keeps connected drives up to date: watches the folders of their sync lists, collects what changed, and hands it over
+// after a quiet period. Also broadcasts the sync activity. Thread: main. Owns: the event streams, the pending items and
+// the quiet timer.
+#pragma once
+
+#include "app/ApplicationServices.h"
+#include "app/SyncControllerRegistry.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vt {
+
+class ContinuousSync {
+  public:
+    ContinuousSync(ApplicationServices& services, SyncControllerRegistry& registry, LogSink& log);
+
+    void startActivityTimer(); // every 2.0 seconds
+    void updateContinuousSyncSettings(bool runningOnLeopardOrLater);
+    void setContinuousSyncNotificationsEnabled(bool enabled);
+    void mainThreadEventDataReceived(const std::string& bytes);
+    void mainThreadAddContinuousSyncItems(const std::vector<std::string>& paths);
+    void mainThreadStartContinuousSyncTimer();
+    void mainThreadStopContinuousSyncTimer() { m_continuousSyncTimer.reset(); }
+    void continuousSyncTimerFired();
+    // Unforced with nobody busy: no post. A missing dictionary is the busy controller's, even another drive's.
+    void sendActivityNotificationForced(bool forced, const std::optional<Value::Dictionary>& dictionary);
+    void tearDownFSEventStreams();
+    void dropItems() { m_continuousSyncItems.clear(); }
+    [[nodiscard]] const std::vector<std::string>& continuousSyncItems() const { return m_continuousSyncItems; }
+    [[nodiscard]] std::size_t streamCount() const { return m_fsEventStreams.size(); }
+
+  private:
+    void updateFSEventSettings();
+    void updateHelperToolSettings();
+    void createFSEventStreamsForPaths(const std::vector<std::string>& folders);
+    void postChangeOf(const std::string& folder);
+    [[nodiscard]] std::vector<std::string> watchedFolders() const;
+
+    ApplicationServices& _services;
+    SyncControllerRegistry& _registry;
+    LogSink& _log;
+    std::unique_ptr<Timer> m_continuousSyncTimer;
+    std::unique_ptr<Timer> m_syncActivityTimer;
+    std::vector<std::string> m_continuousSyncItems; // arrival order, duplicates allowed
+    std::vector<std::unique_ptr<FileEventStream>> m_fsEventStreams;
+    FileEventSettings m_fsEventSettings;
+    bool _bAreContinuousSyncsEnabled = false;
+    std::unique_ptr<Notifications::Observation> _eventDataObservation;
+    std::unique_ptr<Notifications::Observation> _refreshObservation;
+};
+
+} // namespace vt

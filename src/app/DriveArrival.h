@@ -1,0 +1,50 @@
+// Turns news about volumes into sync controllers, and a connected drive into a sync where its settings allow it.
+// Thread: main. Errors: a drive that cannot be synced is logged and left alone.
+#pragma once
+
+#include "app/ApplicationServices.h"
+#include "app/ContinuousSync.h"
+#include "app/DelayedCalls.h"
+#include "app/LogFrontEnd.h"
+#include "app/MediaSettings.h"
+#include "app/SyncControllerRegistry.h"
+
+#include <optional>
+#include <string>
+
+namespace vt {
+
+class DriveArrival final : public VolumeObserver {
+  public:
+    struct Collaborators {
+        ApplicationServices& services;
+        LogFrontEnd& log;
+        SyncControllerRegistry& registry;
+        MediaSettings& media;
+        ContinuousSync& continuous;
+        DelayedCalls& delayed;
+        std::function<void()> updateContinuousSyncSettings;
+    };
+    explicit DriveArrival(Collaborators collaborators) : _c(std::move(collaborators)) {}
+
+    void diskAppeared(const Value::Dictionary& description) override;
+    void diskDisappeared(const Value::Dictionary& description) override;
+    void diskDescriptionChanged(const Value::Dictionary& description) override;
+    // Empty: approved; else the text of the refusal.
+    [[nodiscard]] std::string unmountApproval(const Value::Dictionary& description);
+    [[nodiscard]] static std::string ejectApproval() { return {}; } // always approved
+
+    void newDriveAppeared(const std::string& mountPoint, const std::string& vendor,
+                          const std::optional<std::string>& uuid, const std::optional<std::string>& bsdNode);
+    // The controller of the key leaves: it is told, then dropped.
+    void driveLeaves(const std::string& key);
+    // A fresh controller for the same mount, without the steps of an arrival and without a write.
+    void replaceController(const std::string& mountPoint);
+
+  private:
+    void showBusyAlert(const std::string& mountPoint);
+
+    Collaborators _c;
+};
+
+} // namespace vt

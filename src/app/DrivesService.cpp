@@ -1,0 +1,160 @@
+#include "app/DrivesService.h"
+
+#include "base/Paths.h"
+#include "base/Text.h"
+#include "config/utilities/SystemStrings.h"
+
+#include <cerrno>
+
+namespace vt {
+
+namespace {
+
+constexpr std::chrono::milliseconds adoptionPatience{10'000};
+
+Error notServed(const std::string& path) {
+    return {ENOENT, Disposition::skipItem, path,
+            formatText("\"%@\" is not a served drive", {paths::displayText(path)})};
+}
+
+// Bus errors carry one text: the path belongs into it.
+Error withPathInText(Error error) {
+    if (!error.path.empty()) error.text = formatText("\"%@\": %@", {paths::displayText(error.path), error.text});
+    return error;
+}
+
+} // namespace
+
+DrivesService::DrivesService(DriveArrival::Collaborators collaborators, DriveArrival& arrival, ServedVolumes& served,
+                             EventDispatcher& events)
+    : _c(std::move(collaborators)), _arrival(arrival), _served(served), _events(events) {}
+
+std::shared_ptr<VTSyncController> DrivesService::controllerAt(const std::string& path) const {
+    if (!paths::isAbsolute(path)) return nullptr;
+    auto controller = _c.registry.syncControllerForMountPoint(paths::clean(path));
+    return controller && controller->deviceMountPoint() == paths::clean(path) ? controller : nullptr;
+}
+
+Value::Dictionary DrivesService::describe(VTSyncController& controller, const std::string& key) {
+    const std::string& mountPoint = controller.deviceMountPoint();
+    const HomePaths homePaths(_c.services.system.home());
+    Value::Dictionary drive;
+    drive.emplace("mountPoint", mountPoint);
+    drive.emplace("name", displayNameAtPath(_c.services.volumes, mountPoint));
+    drive.emplace("key", key);
+    drive.emplace("fileSystem", controller.fileSystemType());
+    const auto stat = _c.services.volumes.statVolume(mountPoint);
+    drive.emplace("totalBytes", stat.ok() ? stat->totalBytes : controller.totalBytes());
+    drive.emplace("freeBytes", stat.ok() ? stat->freeBytes : controller.freeBytes());
+    drive.emplace("busy", controller.busy());
+    drive.emplace("participating", controller.isParticipatingInSync());
+    drive.emplace("continuous", controller.continuousSyncState());
+    drive.emplace("quiet", controller.quietSyncState());
+    drive.emplace("movies", controller.syncMoviesState());
+    drive.emplace("music", controller.syncMusicState());
+    drive.emplace("pictures", controller.syncPicturesState());
+    drive.emplace("documents", controller.syncDocumentsState());
+    drive.emplace("deviceFilter", static_cast<std::int64_t>(controller.syncDeviceFilter()));
+    Value::Array list;
+    for (const std::string& item : controller.shadowedSyncList()) list.emplace_back(homePaths.standardise(item));
+    drive.emplace("syncList", std::move(list));
+    if (const auto time = controller.lastSyncTime()) drive.emplace("lastSyncTime", time->iso8601());
+    drive.emplace("wireless", false);
+    return drive;
+}
+
+std::vector<Value::Dictionary> DrivesService::drives() {
+    std::vector<Value::Dictionary> list;
+    for (const auto& [key, controller] : _c.registry.all()) list.push_back(describe(*controller, key));
+    return list;
+}
+
+std::vector<Value::Dictionary> DrivesService::volumes() {
+    std::vector<Value::Dictionary> list;
+    for (const ServedVolumes::Volume& volume : _served.volumes()) {
+        Value::Dictionary entry;
+        entry.emplace("mountPoint", volume.mountPoint);
+        entry.emplace("name", volume.name);
+        entry.emplace("fileSystem", volume.fileSystem);
+        entry.emplace("served", volume.reason.empty());
+        if (!volume.reason.empty()) entry.emplace("reason", volume.reason);
+        list.push_back(std::move(entry));
+    }
+    return list;
+}
+
+void DrivesService::adopt(const std::string& path, DriveCompletion done) {
+    const std::string clean = paths::isAbsolute(path) ? paths::clean(path) : path;
+    const auto adopted = _served.adopt(clean);
+    if (!adopted.ok()) {
+        done(withPathInText(adopted.error()));
+        return;
+    }
+    if (const auto controller = controllerAt(clean)) {
+        done(describe(*controller, _c.registry.keyOf(controller.get()).value_or("")));
+        return;
+    }
+    const auto place = _waiting.emplace(_waiting.end());
+    place->path = clean;
+    place->done = std::move(done);
+    place->timeout = _c.services.runLoop.after(adoptionPatience, [this, place] {
+        std::list<WaitingAdoption> ended;
+        ended.splice(ended.end(), _waiting, place);
+        ended.front().done(
+            Error{ETIMEDOUT, Disposition::skipItem, ended.front().path,
+                  formatText("\"%@\": the drive did not arrive", {paths::displayText(ended.front().path)})});
+    });
+}
+
+void DrivesService::driveAppeared(const std::string& mountPoint) {
+    for (auto waiting = _waiting.begin(); waiting != _waiting.end();) {
+        const auto next = std::next(waiting);
+        if (waiting->path == mountPoint) {
+            std::list<WaitingAdoption> ended;
+            ended.splice(ended.end(), _waiting, waiting);
+            // After the arrival's own steps, so that the answer shows the drive as it was set up.
+            _c.services.runLoop.performLater([this, mountPoint, done = std::move(ended.front().done)] {
+                if (const auto controller = controllerAt(mountPoint))
+                    done(describe(*controller, _c.registry.keyOf(controller.get()).value_or("")));
+                else
+                    done(notServed(mountPoint));
+            });
+        }
+        waiting = next;
+    }
+}
+
+void DrivesService::forget(const std::string& path, Completion done) {
+    if (!controllerAt(path)) {
+        done(notServed(path));
+        return;
+    }
+    done(_served.forget(paths::clean(path)));
+}
+
+Result<Value::Dictionary> DrivesService::progress(const std::string& path) {
+    const auto controller = controllerAt(path);
+    if (!controller) return notServed(path);
+    return controller->getCurrentProgressDict();
+}
+
+void DrivesService::eject(const std::string& path, Completion done) {
+    const auto controller = controllerAt(path);
+    if (!controller) {
+        done(notServed(path));
+        return;
+    }
+    const auto description = _c.services.volumes.describe(paths::clean(path));
+    const std::string refusal = description ? _arrival.unmountApproval(*description) : std::string();
+    if (!refusal.empty()) {
+        done(Error{EBUSY, Disposition::skipItem, path, refusal});
+        return;
+    }
+    done(_c.services.volumes.unmount(paths::clean(path)));
+}
+
+void DrivesService::quit() {
+    _c.services.runLoop.performLater([this] { _c.services.quit(0); });
+}
+
+} // namespace vt

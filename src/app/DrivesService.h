@@ -1,0 +1,47 @@
+// What the bus's Drives interface asks of the application: the drives, the volumes, adopting, letting go, progress.
+// Thread: main. Errors: see BusService; a path that is no served drive's is ENOENT.
+#pragma once
+
+#include "app/DriveArrival.h"
+#include "app/ServedVolumes.h"
+#include "platform/SessionBus.h"
+#include "scripting/EventDispatcher.h"
+
+#include <list>
+
+namespace vt {
+
+class DrivesService final : public BusService {
+  public:
+    DrivesService(DriveArrival::Collaborators collaborators, DriveArrival& arrival, ServedVolumes& served,
+                  EventDispatcher& events);
+
+    Result<EventDescriptor::Record> event(const BusEvent& event) override { return _events.dispatch(event); }
+    std::vector<Value::Dictionary> drives() override;
+    std::vector<Value::Dictionary> volumes() override;
+    void adopt(const std::string& path, DriveCompletion done) override;
+    void forget(const std::string& path, Completion done) override;
+    Result<Value::Dictionary> progress(const std::string& path) override;
+    void eject(const std::string& path, Completion done) override;
+    void quit() override;
+
+    // The registry's news: completes adoptions that wait for the drive's controller.
+    void driveAppeared(const std::string& mountPoint);
+
+  private:
+    struct WaitingAdoption {
+        std::string path;
+        DriveCompletion done;
+        std::unique_ptr<Timer> timeout;
+    };
+    [[nodiscard]] Value::Dictionary describe(VTSyncController& controller, const std::string& key);
+    [[nodiscard]] std::shared_ptr<VTSyncController> controllerAt(const std::string& path) const;
+
+    DriveArrival::Collaborators _c;
+    DriveArrival& _arrival;
+    ServedVolumes& _served;
+    EventDispatcher& _events;
+    std::list<WaitingAdoption> _waiting;
+};
+
+} // namespace vt

@@ -1,0 +1,209 @@
+#include "app/ServedVolumes.h"
+
+#include "base/Paths.h"
+#include "base/Text.h"
+#include "config/utilities/TypedGetters.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cerrno>
+#include <sstream>
+
+namespace vt {
+
+namespace {
+
+constexpr std::uint64_t configurationLimit = 64ULL << 20U;
+constexpr std::uint64_t familyFileLimit = 1ULL << 20U;
+
+std::string lowerCase(std::string_view text) {
+    std::string lower(text);
+    for (char& byte : lower) byte = static_cast<char>(std::tolower(static_cast<unsigned char>(byte)));
+    return lower;
+}
+
+std::string textFor(const Value::Dictionary& description, const char* key) {
+    const std::string* found = stringForKey(description, key);
+    return found == nullptr ? std::string() : *found;
+}
+
+bool isFolderDrive(const Value::Dictionary& description) {
+    return textFor(description, diskdescription::mediaBsdName).starts_with("diskf");
+}
+
+AdoptedDrive driveOf(const Value::Dictionary& description) {
+    AdoptedDrive drive{paths::clean(textFor(description, diskdescription::volumePath)), std::nullopt,
+                       isFolderDrive(description)};
+    if (const std::string* uuid = stringForKey(description, diskdescription::volumeUuid); uuid && !drive.folder)
+        drive.uuid = *uuid;
+    return drive;
+}
+
+Error refuse(int code, const std::string& path, std::string text) {
+    return {code, Disposition::skipItem, path, std::move(text)};
+}
+
+} // namespace
+
+ServedVolumes::ServedVolumes(ApplicationServices& services, const HostIdentity& identity, LogSink& log,
+                             VolumeObserver& next, std::function<bool(const std::string& key)> isRegistered)
+    : _services(services), _identity(identity), _log(log), _next(next), _isRegistered(std::move(isRegistered)),
+      _adopted(services, log), _files(services.driveFiles.bind(nullptr)) {}
+
+void ServedVolumes::start() {
+    loadFamily();
+    _adopted.load();
+    for (const std::string& folder : _adopted.folders()) {
+        if (const auto added = _services.volumes.addFolderDrive(folder); !added.ok())
+            _log.logMessage(formatText("The folder drive \"%@\" is not there: %@.",
+                                       {paths::displayText(folder), added.error().text}));
+    }
+    _services.volumes.startObserving(*this);
+}
+
+void ServedVolumes::stop() {
+    _services.volumes.stopObserving();
+}
+
+void ServedVolumes::loadFamily() {
+    _family = {"talmont", "corvane"};
+    const auto bytes = _files->contents().read(_services.driveFamilyFile, familyFileLimit);
+    if (!bytes.ok()) return;
+    std::istringstream lines(*bytes);
+    for (std::string line; std::getline(lines, line);) {
+        const auto first = line.find_first_not_of(" \t\r");
+        if (first == std::string::npos || line[first] == '#') continue;
+        const auto last = line.find_last_not_of(" \t\r");
+        _family.push_back(lowerCase(line.substr(first, last - first + 1)));
+    }
+}
+
+bool ServedVolumes::isOfFamily(const Value::Dictionary& description) const {
+    for (const char* key : {diskdescription::deviceVendor, diskdescription::deviceModel}) {
+        const std::string text = lowerCase(textFor(description, key));
+        if (std::any_of(_family.begin(), _family.end(),
+                        [&](const std::string& pattern) { return text.find(pattern) != std::string::npos; }))
+            return true;
+    }
+    return false;
+}
+
+bool ServedVolumes::namesThisUser(const std::string& mountPoint) {
+    const auto bytes = _files->contents().read(paths::join(mountPoint, ".VantaroConfig"), configurationLimit);
+    if (!bytes.ok()) return false;
+    const auto root = _services.propertyLists.parse(*bytes);
+    const Value::Dictionary* dictionary = root.ok() ? root->asDictionary() : nullptr;
+    return dictionary != nullptr && dictionaryForKey(*dictionary, _identity.uniqueHostUserId()) != nullptr;
+}
+
+std::string ServedVolumes::refusalFor(const Value::Dictionary& description) {
+    const AdoptedDrive drive = driveOf(description);
+    if (const Value* writable = numberForKey(description, diskdescription::mediaWritable);
+        writable && !writable->boolValue())
+        return "it is read-only";
+    if (_adopted.isAdopted(drive)) return {};
+    if (_adopted.isForgotten(drive)) return "it was let go by a person";
+    const Value* internal = numberForKey(description, diskdescription::deviceInternal);
+    if (internal != nullptr && internal->boolValue()) return "it is on an internal disk and was not adopted";
+    if (isOfFamily(description) || namesThisUser(drive.path)) return {};
+    return "it was not adopted";
+}
+
+Value::Dictionary ServedVolumes::asServed(const Value::Dictionary& description) {
+    Value::Dictionary served = description;
+    if (_adopted.isAdopted(driveOf(description))) served[diskdescription::deviceInternal] = false;
+    return served;
+}
+
+void ServedVolumes::diskAppeared(const Value::Dictionary& description) {
+    if (textFor(description, diskdescription::volumePath).empty() || !refusalFor(description).empty()) return;
+    _next.diskAppeared(asServed(description));
+}
+
+void ServedVolumes::diskDisappeared(const Value::Dictionary& description) {
+    _next.diskDisappeared(description);
+}
+
+void ServedVolumes::diskDescriptionChanged(const Value::Dictionary& description) {
+    const bool known = _isRegistered(textFor(description, diskdescription::mediaBsdName));
+    const bool mounted = !textFor(description, diskdescription::volumePath).empty();
+    if (!known && (!mounted || !refusalFor(description).empty())) return;
+    _next.diskDescriptionChanged(asServed(description));
+}
+
+Result<void> ServedVolumes::checkAdoptable(const std::string& path) {
+    if (!paths::isAbsolute(path)) return refuse(EINVAL, path, "the path is not absolute");
+    const std::string home = _services.system.home();
+    if (paths::isAtOrBelow(home, path)) return refuse(EINVAL, path, "the home folder cannot be a drive");
+    const std::array<std::string, 4> own = {
+        paths::join(_services.system.configHome(), application::bundleIdentifier),
+        paths::join(_services.system.stateHome(), "vantaro"),
+        paths::join(home, ".Z_VT_W"),
+        paths::join(home, "Library/Logs"),
+    };
+    for (const std::string& folder : own) {
+        if (paths::isAtOrBelow(path, folder) || paths::isAtOrBelow(folder, path))
+            return refuse(EINVAL, path, "the agent keeps files of its own there");
+    }
+    const auto attributes = _files->files().attributesFollowing(path);
+    if (!attributes.ok()) return attributes.error();
+    if (!attributes->isDirectory()) return refuse(ENOTDIR, path, "it is no volume and no folder");
+    const auto stat = _services.volumes.statVolume(path);
+    if (!stat.ok()) return stat.error();
+    if (stat->readOnly) return refuse(EROFS, path, "the volume is read-only");
+    return {};
+}
+
+Result<void> ServedVolumes::adopt(const std::string& path) {
+    const std::string clean = paths::clean(path);
+    if (const auto checked = checkAdoptable(clean); !checked.ok()) return checked;
+    auto description = _services.volumes.describe(clean);
+    const bool isVolume = description && paths::clean(textFor(*description, diskdescription::volumePath)) == clean;
+    if (isVolume) {
+        const AdoptedDrive drive = driveOf(*description);
+        if (const auto remembered = _adopted.remember(drive); !remembered.ok()) return remembered;
+        if (!_isRegistered(textFor(*description, diskdescription::mediaBsdName))) diskDescriptionChanged(*description);
+        return {};
+    }
+    const AdoptedDrive drive{clean, std::nullopt, true};
+    if (const auto remembered = _adopted.remember(drive); !remembered.ok()) return remembered;
+    const auto added = _services.volumes.addFolderDrive(clean);
+    if (!added.ok()) _adopted.forget(drive).ignore();
+    return added;
+}
+
+Result<void> ServedVolumes::forget(const std::string& path) {
+    const std::string clean = paths::clean(path);
+    const auto description = _services.volumes.describe(clean);
+    const AdoptedDrive drive = description ? driveOf(*description) : AdoptedDrive{clean, std::nullopt, true};
+    const auto forgotten = _adopted.forget(drive);
+    if (drive.folder) {
+        _services.volumes.removeFolderDrive(clean);
+    } else {
+        // For the core this is a departure: a change of a registered volume.
+        _next.diskDescriptionChanged(*description);
+    }
+    return forgotten;
+}
+
+std::vector<ServedVolumes::Volume> ServedVolumes::volumes() {
+    std::vector<Volume> list;
+    for (const std::string& mountPoint : _services.volumes.mountedVolumes()) {
+        const auto description = _services.volumes.describe(mountPoint);
+        if (!description) continue;
+        Volume volume{mountPoint,
+                      textFor(*description, diskdescription::volumeName),
+                      textFor(*description, diskdescription::volumeKind),
+                      {}};
+        if (volume.name.empty()) volume.name = paths::lastComponent(mountPoint);
+        if (!_isRegistered(textFor(*description, diskdescription::mediaBsdName))) {
+            volume.reason = refusalFor(*description);
+            if (volume.reason.empty()) volume.reason = "it has not arrived yet";
+        }
+        list.push_back(std::move(volume));
+    }
+    return list;
+}
+
+} // namespace vt

@@ -1,0 +1,61 @@
+// Stands between the platform's volume events and the arrival of drives: only volumes that a person chose go through.
+// A volume is served when it was adopted, when its configuration names this user, or when its maker is of the drive
+// family. Thread: main. Errors: adopt and forget say what is wrong with the path; nothing is ever written to a volume
+// here.
+#pragma once
+
+#include "app/AdoptedDrives.h"
+#include "config/HostIdentity.h"
+#include "platform/VolumeService.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vt {
+
+class ServedVolumes final : public VolumeObserver {
+  public:
+    struct Volume {
+        std::string mountPoint;
+        std::string name;
+        std::string fileSystem;
+        std::string reason; // why it is not served; empty when it is
+    };
+
+    ServedVolumes(ApplicationServices& services, const HostIdentity& identity, LogSink& log, VolumeObserver& next,
+                  std::function<bool(const std::string& key)> isRegistered);
+
+    void start(); // remembered folders come back, then events flow
+    void stop();
+
+    // EINVAL for "/", the home folder and the agent's own folders, ENOENT, ENOTDIR, EROFS. An event follows.
+    Result<void> adopt(const std::string& path);
+    Result<void> forget(const std::string& path);
+    [[nodiscard]] std::vector<Volume> volumes();
+
+    void diskAppeared(const Value::Dictionary& description) override;
+    void diskDisappeared(const Value::Dictionary& description) override;
+    void diskDescriptionChanged(const Value::Dictionary& description) override;
+
+  private:
+    [[nodiscard]] std::string refusalFor(const Value::Dictionary& description);
+    [[nodiscard]] bool isOfFamily(const Value::Dictionary& description) const;
+    [[nodiscard]] bool namesThisUser(const std::string& mountPoint);
+    [[nodiscard]] Result<void> checkAdoptable(const std::string& path);
+    // What the core sees: a volume that a person adopted counts as external.
+    [[nodiscard]] Value::Dictionary asServed(const Value::Dictionary& description);
+    void loadFamily();
+
+    ApplicationServices& _services;
+    const HostIdentity& _identity;
+    LogSink& _log;
+    VolumeObserver& _next;
+    std::function<bool(const std::string&)> _isRegistered;
+    AdoptedDrives _adopted;
+    std::unique_ptr<DriveFiles> _files;
+    std::vector<std::string> _family; // lower case
+};
+
+} // namespace vt
