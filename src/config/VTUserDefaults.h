@@ -3,6 +3,7 @@
 // read as absent.
 #pragma once
 
+#include "base/ThreadChecker.h"
 #include "base/Value.h"
 #include "platform/Clock.h"
 #include "platform/Preferences.h"
@@ -38,6 +39,7 @@ class VTUserDefaults {
     [[nodiscard]] bool readBool(const std::string& drive, const char* key) const;
     void writeBool(const std::string& drive, const char* key, bool enabled);
 
+    ThreadChecker _thread;
     std::string _appID;
     Preferences& _services;
     const SystemIdentity& _system;
