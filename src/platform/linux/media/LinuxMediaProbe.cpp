@@ -1,0 +1,211 @@
+#include "platform/linux/media/LinuxMediaProbe.h"
+
+#include "platform/linux/media/FormatCodes.h"
+
+extern "C" {
+#include <libavformat/avformat.h>
+#include <libavutil/dict.h>
+#include <libavutil/log.h>
+#include <libavutil/mem.h>
+}
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <mutex>
+
+namespace vt {
+
+namespace {
+
+constexpr std::size_t largestAllocation = 256U << 20U; // a hostile index may ask for gigabytes
+constexpr int bufferSize = 32 << 10;
+
+// What a movie player opens. Playlists and image sequences, which name further files, are not among them.
+constexpr const char* demuxers = "mov,mp4,m4a,3gp,3g2,mj2,avi,wav,aiff,au,aac,mp3,amr,ac3";
+// Only these decoders are ever opened, to learn a picture's size or a rate that the container does not tell.
+constexpr const char* decoders = "h264,mpeg4,h263,mjpeg,png,aac,mp3float,mp3,amrnb,ac3";
+
+// One look at one file: the demuxer's context over the bytes that are there.
+class Look {
+  public:
+    explicit Look(MediaFileBytes& file)
+        : _file(file), _start(Clock::now()),
+          _deadline(_start + std::min<std::chrono::nanoseconds>(file.budget().look, file.timeLeft())) {}
+    ~Look() {
+        _file.spend(Clock::now() - _start);
+        avformat_close_input(&_format);
+        if (_io != nullptr) av_freep(&_io->buffer);
+        avio_context_free(&_io);
+    }
+    Look(const Look&) = delete;
+    Look& operator=(const Look&) = delete;
+
+    [[nodiscard]] Result<MediaDescription> describe();
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    [[nodiscard]] bool prepare();
+    [[nodiscard]] bool isIncomplete() const;
+    [[nodiscard]] bool mustStop() const { return _file.hasMissed() || isOutOfTime(); }
+    [[nodiscard]] bool isOutOfTime() const { return Clock::now() >= _deadline; }
+    [[nodiscard]] Error reason() const;
+    [[nodiscard]] MediaTrack track(const AVStream& stream) const;
+
+    static int read(void* look, std::uint8_t* to, int length);
+    static std::int64_t seek(void* look, std::int64_t offset, int whence);
+    static int interrupt(void* look) { return static_cast<Look*>(look)->mustStop() ? 1 : 0; }
+    static int refuseSecondFile(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
+        return AVERROR(EACCES);
+    }
+
+    MediaFileBytes& _file;
+    const Clock::time_point _start;
+    const Clock::time_point _deadline;
+    std::uint64_t _position = 0;
+    AVFormatContext* _format = nullptr;
+    AVIOContext* _io = nullptr;
+};
+
+int Look::read(void* look, std::uint8_t* to, int length) {
+    Look& self = *static_cast<Look*>(look);
+    if (self.mustStop()) return AVERROR_EXIT;
+    const auto count = self._file.copy(self._position, to, static_cast<std::size_t>(length));
+    if (!count) return AVERROR_EXIT;
+    if (*count == 0) return AVERROR_EOF;
+    self._position += *count;
+    return static_cast<int>(*count);
+}
+
+std::int64_t Look::seek(void* look, std::int64_t offset, int whence) {
+    Look& self = *static_cast<Look*>(look);
+    const auto size = static_cast<std::int64_t>(self._file.size());
+    if ((whence & AVSEEK_SIZE) != 0) return size;
+    std::int64_t base = 0;
+    switch (whence & ~AVSEEK_FORCE) {
+    case SEEK_SET:
+        break;
+    case SEEK_CUR:
+        base = static_cast<std::int64_t>(self._position);
+        break;
+    case SEEK_END:
+        base = size;
+        break;
+    default:
+        return AVERROR(EINVAL);
+    }
+    std::int64_t target = 0;
+    if (__builtin_add_overflow(base, offset, &target) || target < 0) return AVERROR(EINVAL);
+    self._position = static_cast<std::uint64_t>(target);
+    return target;
+}
+
+bool Look::prepare() {
+    _format = avformat_alloc_context();
+    auto* buffer = static_cast<std::uint8_t*>(av_malloc(bufferSize));
+    if (buffer != nullptr) _io = avio_alloc_context(buffer, bufferSize, 0, this, &Look::read, nullptr, &Look::seek);
+    if (_io == nullptr) av_free(buffer);
+    if (_format == nullptr || _io == nullptr) return false;
+    _format->pb = _io;
+    _format->flags |= AVFMT_FLAG_CUSTOM_IO;
+    _format->interrupt_callback = {&Look::interrupt, this};
+    _format->io_open = &Look::refuseSecondFile;
+    return true;
+}
+
+Error Look::reason() const {
+    if (_file.hasMissed()) return Error::fromErrno(EAGAIN, _file.path());
+    if (isOutOfTime()) return Error::fromErrno(ETIMEDOUT, _file.path());
+    return Error{EINVAL, Disposition::skipItem, _file.path(), "not a movie"};
+}
+
+Result<MediaDescription> Look::describe() {
+    if (!prepare()) return Error::fromErrno(ENOMEM, _file.path());
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "format_whitelist", demuxers, 0);
+    av_dict_set(&options, "codec_whitelist", decoders, 0);
+    av_dict_set(&options, "protocol_whitelist", "file", 0);
+    av_dict_set(&options, "ignore_chapters", "1", 0);
+    av_dict_set(&options, "probesize", "1048576", 0);
+    av_dict_set(&options, "analyzeduration", "1000000", 0);
+    av_dict_set(&options, "max_streams", "256", 0);
+    const int opened = avformat_open_input(&_format, nullptr, nullptr, &options);
+    av_dict_free(&options);
+    if (opened < 0 || mustStop()) return reason();
+    if (isIncomplete()) {
+        static_cast<void>(avformat_find_stream_info(_format, nullptr)); // what stays unknown stays 0
+        if (mustStop()) return reason();
+    }
+
+    MediaDescription movie;
+    movie.timeScale = AV_TIME_BASE;
+    movie.duration = std::max<std::int64_t>(_format->duration, 0);
+    for (unsigned i = 0; i < _format->nb_streams; ++i) {
+        const AVStream& stream = *_format->streams[i];
+        if ((stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0) movie.tracks.push_back(track(stream));
+    }
+    return movie;
+}
+
+// What the header alone does not tell for some containers.
+bool Look::isIncomplete() const {
+    if (_format->nb_streams == 0) return true;
+    for (unsigned i = 0; i < _format->nb_streams; ++i) {
+        const AVStream& stream = *_format->streams[i];
+        const AVCodecParameters& codec = *stream.codecpar;
+        if ((stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0) continue;
+        if (codec.codec_type == AVMEDIA_TYPE_VIDEO &&
+            (codec.width <= 0 || codec.height <= 0 || stream.nb_frames <= 0 || stream.duration <= 0))
+            return true;
+        if (codec.codec_type == AVMEDIA_TYPE_AUDIO && (codec.sample_rate <= 0 || codec.ch_layout.nb_channels <= 0))
+            return true;
+    }
+    return false;
+}
+
+MediaTrack Look::track(const AVStream& stream) const {
+    const AVCodecParameters& codec = *stream.codecpar;
+    const std::string_view container = _format->iformat->name;
+    MediaTrack track;
+    if (codec.codec_type == AVMEDIA_TYPE_VIDEO) track.kind = MediaTrack::Kind::video;
+    if (codec.codec_type == AVMEDIA_TYPE_AUDIO) track.kind = MediaTrack::Kind::sound;
+    // The track header's flag, which only movie files have.
+    track.enabled = !container.starts_with("mov,") || (stream.disposition & AV_DISPOSITION_DEFAULT) != 0;
+    track.format = formatCode(codec, container);
+    track.hasDescription = track.format.has_value();
+    track.width = codec.width;
+    track.height = codec.height;
+    track.sampleRate = codec.sample_rate;
+    track.channels = codec.ch_layout.nb_channels;
+    if (stream.time_base.num > 0) track.timeScale = 1 / av_q2d(stream.time_base);
+    track.displayDuration = std::max<std::int64_t>(stream.duration, 0);
+    track.sampleCount = static_cast<std::uint64_t>(std::max<std::int64_t>(stream.nb_frames, 0));
+    const bool isCounted = track.sampleCount > 0 && track.displayDuration > 0;
+    if (!isCounted && stream.avg_frame_rate.num > 0 && stream.avg_frame_rate.den > 0) {
+        // Fragmented: one second of the rate that its first packets show.
+        track.timeScale = stream.avg_frame_rate.num;
+        track.displayDuration = stream.avg_frame_rate.den;
+        track.sampleCount = 1;
+    }
+    return track;
+}
+
+} // namespace
+
+LinuxMediaProbe::LinuxMediaProbe(const MediaBudget& budget) : _budget(budget) {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        av_log_set_level(AV_LOG_QUIET); // a broken file is an answer here, no event
+        av_max_alloc(largestAllocation);
+    });
+}
+
+Result<std::unique_ptr<MediaFile>> LinuxMediaProbe::open(const std::string& path) {
+    return MediaFileBytes::open(path, _budget);
+}
+
+Result<MediaDescription> LinuxMediaProbe::describe(MediaFile& file) {
+    return Look(static_cast<MediaFileBytes&>(file)).describe();
+}
+
+} // namespace vt
