@@ -37,6 +37,14 @@ class MRLErrorReporter {
     virtual void willProcessPath(const std::string& path) = 0;
     // True: go on.
     virtual bool shouldProceedAfterError(const ErrorDictionary& error) = 0;
+    // The file services' own questions. A reporter that has no answer to one of them answers "stop".
+    virtual bool shouldProceedAfterErrorRemovingItem(const Error& error, const std::string& path);
+    virtual bool shouldProceedAfterErrorCopyingItem(const Error& error, const std::string& from, const std::string& to);
+    virtual bool shouldProceedAfterErrorMovingItem(const Error& error, const std::string& from, const std::string& to);
+
+  protected:
+    // Asks the person in an alert; an answer to stop also marks the sync as cancelled. False without a delegate.
+    [[nodiscard]] bool askPerson(const std::string& title, const std::string& message, bool withLogButton) const;
 
   private:
     std::weak_ptr<TreeDelegate> _delegate;

@@ -8,14 +8,18 @@
 #include "platform/FileService.h"
 #include "platform/ItemCopyService.h"
 #include "platform/VolumeService.h"
+#include "sync/tree/TreeSizes.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
 namespace vt {
 
 class MRLErrorReporter;
+class ReplacementGuard;
+class StagingWatch;
 
 // The drive's media filter as the tree operations ask it.
 class ItemFilter {
@@ -34,13 +38,20 @@ class TreeOperations {
         VolumeService& volumes;
         const ItemFilter& filter;
         LogSink& log;
+        // All of these may be left out.
+        StagingWatch* staging = nullptr;                           // told of each item copied
+        ReplacementGuard* guard = nullptr;                         // asked before a move destroys something
+        const DestinationCapabilities* destination = nullptr;      // of the drive, where they are known already
+        std::function<bool(const std::string&)> failedBefore = {}; // this source, or something below it, failed lately
+        ClosedFolder closed = {};                                  // no walk enters such a folder
     };
     explicit TreeOperations(Services services) : _services(services) {}
 
+    // `known`: the source's attributes (no link followed), where the caller has them.
     bool copyPathOntoPath(const std::string& source, const std::string& destination, bool copyingToPushkey,
-                          MRLErrorReporter* handler);
+                          MRLErrorReporter* handler, const FileAttributes* known = nullptr);
     bool movePathOntoPath(const std::string& source, const std::string& destination, bool movingToPushkey,
-                          MRLErrorReporter* handler);
+                          MRLErrorReporter* handler, const FileAttributes* known = nullptr);
     bool copyPathToPath(const std::string& source, const std::string& destination, bool recurse, bool copyingToPushkey,
                         MRLErrorReporter* handler);
     bool createDirectoryAtPath(const std::string& path, const std::uint32_t* mode, bool recurse,
