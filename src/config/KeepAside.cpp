@@ -2,6 +2,7 @@
 
 #include "base/Paths.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <ctime>
@@ -11,6 +12,7 @@ namespace {
 
 constexpr std::uint32_t folderMode = 0777; // every user of every computer keeps things aside here
 constexpr int mostSuffixes = 10'000;
+constexpr std::size_t longestName = 255; // bytes
 
 std::string localDay(Date now) {
     const std::time_t seconds = now.wholeSeconds();
@@ -37,30 +39,52 @@ Result<void> makeFolders(FileService& files, const std::string& base, const std:
     return {};
 }
 
-Result<std::string> moveToFreeName(FileService& files, const std::string& from, const std::string& wanted) {
+// `path` with the suffix, its name cut short, never within a character, where a file system would find it too long.
+std::string withSuffix(const std::string& path, const std::string& suffix, bool cutShort) {
+    if (!cutShort) return path + suffix;
+    std::string name = paths::lastComponent(path);
+    std::size_t length = std::min(name.size(), longestName - std::min(longestName, suffix.size()));
+    while (length > 1 && length < name.size() && (static_cast<unsigned char>(name[length]) & 0xC0U) == 0x80U) --length;
+    name.resize(length);
+    return paths::join(paths::parent(path), name + suffix);
+}
+
+Result<std::string> moveToFreeName(FileService& files, const std::string& from, const std::string& path,
+                                   const std::string& suffix) {
+    bool cutShort = false;
     for (int n = 0; n < mostSuffixes; ++n) {
-        const std::string to = n == 0 ? wanted : wanted + " -" + std::to_string(n);
+        const std::string ending = n == 0 ? suffix : suffix + " -" + std::to_string(n);
+        const std::string to = withSuffix(path, ending, cutShort);
         const auto moved = files.move(from, to, Replace::never);
         if (moved) return to;
-        if (moved.code() != EEXIST) return moved.error();
+        if (moved.code() == ENAMETOOLONG && !cutShort) {
+            cutShort = true;
+            --n;
+        } else if (moved.code() != EEXIST) {
+            return moved.error();
+        }
     }
-    return Error::fromErrno(EEXIST, wanted);
+    return Error::fromErrno(EEXIST, path);
 }
 
 } // namespace
 
 Result<std::string> keepAside(FileService& files, const std::string& mountPoint, const std::string& pathOnDrive,
                               Date now) {
-    const std::string from = paths::join(mountPoint, pathOnDrive);
+    return keepAsideFrom(files, mountPoint, paths::join(mountPoint, pathOnDrive), pathOnDrive, now);
+}
+
+Result<std::string> keepAsideFrom(FileService& files, const std::string& mountPoint, const std::string& from,
+                                  const std::string& pathOnDrive, Date now) {
     const auto item = files.attributes(from);
     if (!item) return item.error();
     const std::string day = localDay(now);
     const std::string archived = paths::join(paths::join("Archived Vantaro Backups", day), pathOnDrive);
     if (makeFolders(files, mountPoint, paths::parent(archived))) {
-        auto moved = moveToFreeName(files, from, paths::join(mountPoint, archived));
+        auto moved = moveToFreeName(files, from, paths::join(mountPoint, archived), "");
         if (moved) return moved;
     }
-    return moveToFreeName(files, from, from + " (kept " + day + ")");
+    return moveToFreeName(files, from, paths::join(mountPoint, pathOnDrive), " (kept " + day + ")");
 }
 
 } // namespace vt

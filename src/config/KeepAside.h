@@ -18,4 +18,8 @@ namespace vt {
 [[nodiscard]] Result<std::string> keepAside(FileService& files, const std::string& mountPoint,
                                             const std::string& pathOnDrive, Date now);
 
+// The same for the old content of `pathOnDrive` that lies at the absolute path `from` of the drive meanwhile.
+[[nodiscard]] Result<std::string> keepAsideFrom(FileService& files, const std::string& mountPoint,
+                                                const std::string& from, const std::string& pathOnDrive, Date now);
+
 } // namespace vt
