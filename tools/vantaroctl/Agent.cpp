@@ -1,0 +1,172 @@
+#include "vantaroctl/Agent.h"
+
+#include "vantaroctl/Failure.h"
+
+#include <QDBusMessage>
+#include <QDir>
+#include <QStringDecoder>
+
+namespace ctl {
+
+namespace {
+
+constexpr const char* service = "com.corvane.vantaro";
+constexpr const char* object = "/com/corvane/vantaro";
+constexpr const char* drivesInterface = "com.corvane.vantaro.Drives";
+constexpr const char* eventsInterface = "com.corvane.vantaro.Events";
+constexpr const char* notificationsInterface = "com.corvane.vantaro.Notifications";
+constexpr const char* activityName = "com.corvane.vantaro.syncInProgress.notification.evt";
+constexpr int patience = 60'000; // milliseconds for one call
+
+QJsonValue toJsonValue(const QVariant& variant) {
+    if (variant.userType() == qMetaTypeId<QDBusArgument>()) {
+        const auto argument = variant.value<QDBusArgument>();
+        if (argument.currentType() == QDBusArgument::MapType) return toJson(qdbus_cast<QVariantMap>(argument));
+        QJsonArray array;
+        for (const QVariant& item : qdbus_cast<QVariantList>(argument)) array.append(toJsonValue(item));
+        return array;
+    }
+    if (variant.userType() == qMetaTypeId<QDBusVariant>()) return toJsonValue(variant.value<QDBusVariant>().variant());
+    switch (variant.typeId()) {
+    case QMetaType::QStringList:
+        return QJsonArray::fromStringList(variant.toStringList());
+    case QMetaType::QVariantMap:
+        return toJson(variant.toMap());
+    case QMetaType::QVariantList: {
+        QJsonArray array;
+        for (const QVariant& item : variant.toList()) array.append(toJsonValue(item));
+        return array;
+    }
+    // JSON numbers keep 53 bits; byte counts beyond 8 PiB do not occur.
+    case QMetaType::ULongLong:
+    case QMetaType::UInt:
+        return static_cast<qint64>(variant.toULongLong());
+    default:
+        return QJsonValue::fromVariant(variant);
+    }
+}
+
+// What the bus leaves out because it has no null.
+QJsonObject completeDrive(QJsonObject drive) {
+    for (const char* key : {"lastSyncTime", "serviceName"}) {
+        if (!drive.contains(QLatin1String(key))) drive.insert(QLatin1String(key), QJsonValue::Null);
+    }
+    return drive;
+}
+
+} // namespace
+
+QJsonObject toJson(const QVariantMap& map) {
+    QJsonObject json;
+    for (auto entry = map.cbegin(); entry != map.cend(); ++entry) json.insert(entry.key(), toJsonValue(entry.value()));
+    return json;
+}
+
+QString busText(const QByteArray& path) {
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString text = decoder(path);
+    if (decoder.hasError()) throw Failure{agentError, "the path is not valid UTF-8: " + QString::fromUtf8(path)};
+    return text;
+}
+
+Agent::Agent() : _bus(QDBusConnection::sessionBus()) {
+    registerDescriptorTypes();
+    if (!_bus.isConnected()) throw Failure{noAgent, "there is no session bus"};
+}
+
+QVariantList Agent::call(const char* interface, const char* method, const QVariantList& arguments) {
+    QDBusMessage message = QDBusMessage::createMethodCall(service, object, interface, method);
+    message.setArguments(arguments);
+    message.setAutoStartService(false);
+    const QDBusMessage reply = _bus.call(message, QDBus::Block, patience);
+    if (reply.type() != QDBusMessage::ErrorMessage) return reply.arguments();
+    const QString name = reply.errorName();
+    if (name == "org.freedesktop.DBus.Error.ServiceUnknown" || name == "org.freedesktop.DBus.Error.NameHasNoOwner" ||
+        name == "org.freedesktop.DBus.Error.Disconnected")
+        throw Failure{noAgent, "the agent is not running"};
+    if (name == "org.freedesktop.DBus.Error.NoReply" || name == "org.freedesktop.DBus.Error.Timeout")
+        throw Failure{timedOut, "the agent did not answer"};
+    throw Failure{agentError, reply.errorMessage()};
+}
+
+QJsonArray Agent::drives() {
+    QJsonArray array;
+    for (const QVariantMap& drive : qdbus_cast<QList<QVariantMap>>(call(drivesInterface, "List", {}).value(0)))
+        array.append(completeDrive(toJson(drive)));
+    return array;
+}
+
+QJsonArray Agent::volumes() {
+    QJsonArray array;
+    for (const QVariantMap& volume : qdbus_cast<QList<QVariantMap>>(call(drivesInterface, "Volumes", {}).value(0)))
+        array.append(toJson(volume));
+    return array;
+}
+
+QJsonObject Agent::adopt(const QByteArray& path) {
+    return completeDrive(toJson(qdbus_cast<QVariantMap>(call(drivesInterface, "Adopt", {busText(path)}).value(0))));
+}
+
+void Agent::forget(const QByteArray& path) {
+    call(drivesInterface, "Forget", {busText(path)});
+}
+void Agent::eject(const QByteArray& path) {
+    call(drivesInterface, "Eject", {busText(path)});
+}
+
+QJsonObject Agent::progress(const QString& mountPoint) {
+    return toJson(qdbus_cast<QVariantMap>(call(drivesInterface, "Progress", {mountPoint}).value(0)));
+}
+
+Record Agent::sendRaw(const QString& eventClass, const QString& eventId, const Record& parameters) {
+    return qdbus_cast<Record>(
+        call(eventsInterface, "Send", {eventClass, eventId, QVariant::fromValue(parameters)}).value(0));
+}
+
+Record Agent::send(const QByteArray& id, const QString& mountPoint, const Record& parameters) {
+    Record all = parameters;
+    all.insert("----", fileDescriptor(mountPoint.toUtf8()));
+    Record reply = sendRaw("vnTR", QString::fromLatin1(id), all);
+    if (reply.contains("errn") || reply.contains("errs"))
+        throw Failure{agentError, QString::fromUtf8(reply.value("errs").bytes()), integerOf(reply.value("errn"))};
+    return reply;
+}
+
+void Agent::quit() {
+    call(eventsInterface, "Send", {QString("aevt"), QString("quit"), QVariant::fromValue(Record())});
+}
+
+QString Agent::resolve(const QByteArray& drive) {
+    const QString absolute =
+        drive.isEmpty() ? QString() : QDir::cleanPath(QDir::current().absoluteFilePath(QString::fromUtf8(drive)));
+    const QString name = QString::fromUtf8(drive);
+    QString best;
+    QStringList named;
+    for (const QJsonValue& value : drives()) {
+        const QString mountPoint = value["mountPoint"].toString();
+        if ((absolute == mountPoint || absolute.startsWith(mountPoint + "/")) && mountPoint.size() > best.size())
+            best = mountPoint;
+        if (value["name"].toString() == name) named.append(mountPoint);
+    }
+    if (!best.isEmpty()) return best;
+    if (named.size() == 1) return named.first();
+    if (named.size() > 1)
+        throw Failure{agentError, QString("several drives are named \"%1\": %2").arg(name, named.join(", "))};
+    throw Failure{agentError, QString("\"%1\" is not a served drive").arg(name)};
+}
+
+void Agent::follow() {
+    _bus.connect(service, object, notificationsInterface, "Posted", this, SLOT(posted(QString, QString, QVariantMap)));
+    _bus.connect("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged", this,
+                 SLOT(ownerChanged(QString, QString, QString)));
+}
+
+void Agent::posted(const QString& name, const QString&, const QVariantMap& userInfo) {
+    if (name == activityName) emit activity(toJson(userInfo));
+}
+
+void Agent::ownerChanged(const QString& name, const QString&, const QString& after) {
+    if (name == service && after.isEmpty()) emit gone();
+}
+
+} // namespace ctl

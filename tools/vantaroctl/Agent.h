@@ -1,0 +1,58 @@
+// The agent as this program sees it: its objects on the session bus. Every failure is a Failure with its exit code.
+#pragma once
+
+#include "vantaroctl/Descriptor.h"
+
+#include <QDBusConnection>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QObject>
+
+#include <functional>
+
+namespace ctl {
+
+class Agent : public QObject {
+    Q_OBJECT
+
+  public:
+    Agent();
+
+    // Drives and volumes as the promised JSON objects.
+    [[nodiscard]] QJsonArray drives();
+    [[nodiscard]] QJsonArray volumes();
+    [[nodiscard]] QJsonObject adopt(const QByteArray& path);
+    void forget(const QByteArray& path);
+    void eject(const QByteArray& path);
+    [[nodiscard]] QJsonObject progress(const QString& mountPoint);
+
+    // Sends one event about a drive; an error in the reply is a Failure.
+    Record send(const QByteArray& id, const QString& mountPoint, const Record& parameters = {});
+    // Sends any event; the reply as it stands.
+    [[nodiscard]] Record sendRaw(const QString& eventClass, const QString& eventId, const Record& parameters);
+    void quit();
+
+    // A mount point, a path below one, or the only drive of that name: its mount point.
+    [[nodiscard]] QString resolve(const QByteArray& drive);
+
+    // Activity notifications and the end of the agent, from now on.
+    void follow();
+
+  signals:
+    void activity(const QJsonObject& progress);
+    void gone();
+
+  private slots:
+    void posted(const QString& name, const QString& object, const QVariantMap& userInfo);
+    void ownerChanged(const QString& name, const QString& before, const QString& after);
+
+  private:
+    QVariantList call(const char* interface, const char* method, const QVariantList& arguments);
+    QDBusConnection _bus;
+};
+
+[[nodiscard]] QJsonObject toJson(const QVariantMap& map);
+// Only valid UTF-8 can name something on the bus.
+[[nodiscard]] QString busText(const QByteArray& path);
+
+} // namespace ctl

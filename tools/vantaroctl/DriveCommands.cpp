@@ -1,0 +1,136 @@
+#include "vantaroctl/Commands.h"
+#include "vantaroctl/Failure.h"
+#include "vantaroctl/Terminal.h"
+
+#include <QDir>
+
+namespace ctl {
+
+namespace {
+
+QByteArray absolutePath(const QByteArray& path) {
+    if (path.isEmpty()) throw Failure{usageError, "an empty path names nothing"};
+    QByteArray absolute = path.startsWith('/') ? path : QDir::currentPath().toUtf8() + "/" + path;
+    while (absolute.size() > 1 && absolute.endsWith('/')) absolute.chop(1);
+    return absolute;
+}
+
+QString onOff(const QJsonValue& value) {
+    return value.toBool() ? "on" : "off";
+}
+
+void printDrive(const QJsonObject& drive) {
+    printLine(QString("%1  %2").arg(drive["mountPoint"].toString(), drive["name"].toString()));
+    printLine(QString("  %1, %2 free of %3")
+                  .arg(drive["fileSystem"].toString(), humanSize(drive["freeBytes"].toDouble()),
+                       humanSize(drive["totalBytes"].toDouble())));
+    printLine(QString("  participating %1, continuous %2, device filter %3")
+                  .arg(onOff(drive["participating"]), onOff(drive["continuous"]))
+                  .arg(drive["deviceFilter"].toInt()));
+    const QJsonArray list = drive["syncList"].toArray();
+    if (list.isEmpty()) printLine("  nothing on its sync list");
+    for (const QJsonValue& item : list) printLine("  keeps " + item.toString());
+}
+
+} // namespace
+
+int listDrives(const CommandLine& line) {
+    Agent agent;
+    const QJsonArray drives = agent.drives();
+    if (line.json) {
+        printJson(drives);
+        return done;
+    }
+    if (drives.isEmpty()) {
+        printLine("No drive is served. \"vantaroctl adopt PATH\" takes one into service.");
+        return done;
+    }
+    QList<QStringList> rows;
+    for (const QJsonValue& drive : drives) {
+        const QString lastSync = drive["lastSyncTime"].toString();
+        rows.append({drive["mountPoint"].toString(), drive["fileSystem"].toString(),
+                     humanSize(drive["freeBytes"].toDouble()), drive["busy"].toBool() ? "busy" : "idle",
+                     onOff(drive["continuous"]), lastSync.isEmpty() ? "never" : lastSync.left(16).replace('T', ' ')});
+    }
+    printTable({"DRIVE", "TYPE", "FREE", "STATE", "CONT", "LAST SYNC (UTC)"}, rows);
+    return done;
+}
+
+int listVolumes(const CommandLine& line) {
+    Agent agent;
+    const QJsonArray volumes = agent.volumes();
+    if (line.json) {
+        printJson(volumes);
+        return done;
+    }
+    QList<QStringList> rows;
+    for (const QJsonValue& volume : volumes)
+        rows.append({volume["mountPoint"].toString(), volume["fileSystem"].toString(),
+                     volume["served"].toBool() ? "yes" : "no", volume["reason"].toString()});
+    printTable({"VOLUME", "TYPE", "SERVED", "WHY NOT"}, rows);
+    return done;
+}
+
+int adoptDrive(const CommandLine& line) {
+    Agent agent;
+    const QJsonObject drive = agent.adopt(absolutePath(line.arguments[0]));
+    if (line.json)
+        printJson(drive);
+    else
+        printDrive(drive);
+    return done;
+}
+
+int forgetDrive(const CommandLine& line) {
+    Agent agent;
+    agent.forget(agent.resolve(line.arguments[0]).toUtf8());
+    return done;
+}
+
+int ejectDrive(const CommandLine& line) {
+    Agent agent;
+    agent.eject(agent.resolve(line.arguments[0]).toUtf8());
+    return done;
+}
+
+int queryDrive(const CommandLine& line) {
+    Agent agent;
+    const Record reply = agent.send("QURY", agent.resolve(line.arguments[0]));
+    printLine(reply.value("----").type == "true" ? "true" : "false");
+    return done;
+}
+
+int removeSync(const CommandLine& line) {
+    Agent agent;
+    agent.send("REMV", agent.resolve(line.arguments[0]));
+    return done;
+}
+
+int stopSync(const CommandLine& line) {
+    Agent agent;
+    agent.send("STOP", agent.resolve(line.arguments[0]));
+    return done;
+}
+
+int quitAgent(const CommandLine&) {
+    Agent agent;
+    agent.quit();
+    return done;
+}
+
+int sendEvent(const CommandLine& line) {
+    Agent agent;
+    Record parameters;
+    for (const QByteArray& argument : line.arguments.mid(2)) {
+        const qsizetype equals = argument.indexOf('=');
+        if (equals != 4)
+            throw Failure{usageError, "a parameter is written KEY=TYPE:VALUE, with a key of four characters"};
+        parameters.insert(QString::fromLatin1(argument.left(4)), parseDescriptor(argument.mid(5)));
+    }
+    const Record reply = agent.sendRaw(line.text(0), line.text(1), parameters);
+    for (auto field = reply.cbegin(); field != reply.cend(); ++field)
+        printLine(field.key() + "=" + describe(field.value()));
+    return reply.contains("errn") ? agentError : done;
+}
+
+} // namespace ctl

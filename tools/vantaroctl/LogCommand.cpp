@@ -1,0 +1,37 @@
+#include "vantaroctl/AgentLog.h"
+#include "vantaroctl/Commands.h"
+#include "vantaroctl/Failure.h"
+#include "vantaroctl/Waiting.h"
+
+#include <QFile>
+
+#include <cstdio>
+
+namespace ctl {
+
+namespace {
+
+void write(const QByteArray& bytes) {
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
+    std::fflush(stdout);
+}
+
+} // namespace
+
+int showLog(const CommandLine& line) {
+    AgentLog log;
+    if (!QFile::exists(log.path())) throw Failure{agentError, "there is no log at " + log.path()};
+    write(log.readNew());
+    if (!line.follow) return done;
+    Agent agent;
+    waitUntil(
+        agent,
+        [&] {
+            write(log.readNew());
+            return false;
+        },
+        std::nullopt);
+    return done;
+}
+
+} // namespace ctl
