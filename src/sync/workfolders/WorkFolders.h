@@ -7,11 +7,15 @@
 #include "sync/report/ReporterDelegate.h"
 #include "sync/tree/TreeOperations.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace vt {
+
+class BesideNames;
 
 struct WorkFolderPaths {
     std::string target;    // the drive's root for synced items
@@ -30,6 +34,10 @@ class WorkFolders {
         std::function<std::shared_ptr<MRLErrorReporter>()> errorReporter;
         std::function<bool()> stopsCommit;                             // a cancel is pending with the return value NO
         std::function<void(const std::string& stagedPath)> leftBehind; // a staged item that the commit did not move
+        // All of these may be left out.
+        std::function<bool()> debugEnabled = {}; // asked before the commit's many debug lines are formed
+        BesideNames* besides = nullptr;          // what waits beside its place is put back by prepare()
+        std::function<void()> committed = {};    // after each folder of which something was moved
     };
     WorkFolders(WorkFolderPaths paths, Services services) : _paths(std::move(paths)), _services(std::move(services)) {}
 
@@ -39,6 +47,16 @@ class WorkFolders {
     bool deleteTempFolders();
 
   private:
+    [[nodiscard]] bool exists(const std::string& path) const;
+    [[nodiscard]] bool makeFolder(const std::string& path, const std::uint32_t* mode);
+    [[nodiscard]] bool moveWhole(const std::string& folder, const std::string& base,
+                                 const std::vector<DirectoryEntry>& entries);
+    void moveEntries(const std::string& folder, const std::string& base, const std::vector<DirectoryEntry>& entries);
+    void reportLeftBehind(const std::string& folder);
+    [[nodiscard]] bool deleteFolder(const char* which, const std::string& folder);
+    [[nodiscard]] std::uint64_t countEntries(const std::string& folder) const;
+    void debugMoving(const std::string& from, const std::string& to);
+
     WorkFolderPaths _paths;
     Services _services;
 };

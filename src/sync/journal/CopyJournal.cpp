@@ -1,0 +1,202 @@
+#include "sync/journal/CopyJournal.h"
+
+#include "base/Paths.h"
+#include "base/Text.h"
+#include "config/utilities/FileCreation.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+
+namespace vt {
+namespace {
+
+constexpr std::uint64_t groupBytes = 256ULL * 1024 * 1024;
+constexpr std::chrono::seconds groupAge{5};
+constexpr std::uint64_t largestJournal = 1024ULL * 1024 * 1024;
+constexpr double clockSlack = 2.0; // seconds: the drive's dates may be that coarse
+constexpr std::uint32_t folderMode = 0700;
+constexpr std::uint32_t fileMode = 0600;
+constexpr const char* leftoversName = "leftovers";
+constexpr std::string_view groupPrefix = "group-";
+
+bool isBelowAny(const std::string& path, const std::vector<std::string>& items) {
+    return std::any_of(items.begin(), items.end(),
+                       [&](const std::string& item) { return paths::isAtOrBelow(path, item); });
+}
+
+} // namespace
+
+CopyJournal::CopyJournal(std::string folder, Services services)
+    : _folder(std::move(folder)), _services(std::move(services)) {}
+
+const CopyJournal::Leftovers& CopyJournal::beginPass(std::vector<std::string> items) {
+    finishRunningFlush();
+    _items = std::move(items);
+    _complained = false;
+    _flushFailed.reset();
+    _open.reset();
+    _closed.clear();
+    _leftovers = {};
+    bool merged = false;
+    std::vector<std::string> read;
+    if (const auto names = _services.files.listNames(_folder)) {
+        for (const auto& name : *names) {
+            const bool group = name.starts_with(groupPrefix);
+            if (!group && name != leftoversName) continue;
+            readEarlierGroup(paths::join(_folder, name));
+            if (group) read.push_back(paths::join(_folder, name));
+            merged = merged || group;
+        }
+    }
+    if (merged) writeLeftovers();
+    // What could not be merged is read again next time.
+    if (!_complained)
+        for (const auto& path : read) _services.files.remove(path, {}).ignore();
+    return _leftovers;
+}
+
+void CopyJournal::readEarlierGroup(const std::string& path) {
+    const auto text = _services.contents.read(path, largestJournal);
+    if (!text) {
+        complain(text.error());
+        return;
+    }
+    // The merged file holds one block per earlier start of the computer.
+    std::size_t at = 0;
+    while (at < text->size()) {
+        std::size_t next = text->find("\nboot ", at);
+        next = next == std::string::npos ? text->size() : next + 1;
+        const JournalGroup group = journaltext::parse(std::string_view(*text).substr(at, next - at));
+        for (const auto& [file, written] : group.files) _leftovers.files[file] = written;
+        if (group.bootId != _services.bootId && !group.items.empty())
+            _leftovers.groups.push_back({group.items, group.start});
+        at = next;
+    }
+}
+
+void CopyJournal::writeLeftovers() {
+    const std::string path = paths::join(_folder, leftoversName);
+    if (_leftovers.files.empty() && _leftovers.groups.empty()) {
+        _services.files.remove(path, {}).ignore();
+        return;
+    }
+    JournalGroup names;
+    names.bootId = _services.bootId;
+    names.files = _leftovers.files;
+    std::string text = journaltext::whole(names);
+    for (const auto& [items, start] : _leftovers.groups) {
+        JournalGroup group;
+        group.bootId = "earlier"; // whichever it was, it is over
+        group.items = items;
+        group.start = start;
+        text += journaltext::header(group);
+    }
+    const auto written = _services.contents.writeAtomically(path, text, fileMode);
+    if (!written) complain(written.error());
+}
+
+std::optional<Date> CopyJournal::dateGiven(const std::string& path) const {
+    const auto found = _leftovers.files.find(path);
+    if (found == _leftovers.files.end()) return std::nullopt;
+    return found->second;
+}
+
+void CopyJournal::settle(const std::vector<std::string>& items) {
+    const std::size_t before = _leftovers.files.size() + _leftovers.groups.size();
+    std::erase_if(_leftovers.files, [&](const auto& file) { return isBelowAny(file.first, items); });
+    for (auto& group : _leftovers.groups)
+        std::erase_if(group.items, [&](const std::string& item) { return isBelowAny(item, items); });
+    std::erase_if(_leftovers.groups, [](const Leftovers::Group& group) { return group.items.empty(); });
+    if (_leftovers.files.size() + _leftovers.groups.size() != before) writeLeftovers();
+}
+
+void CopyJournal::beforeCopy() {
+    if (!_open) open();
+}
+
+void CopyJournal::open() {
+    JournalGroup group;
+    group.bootId = _services.bootId;
+    group.start = _services.clock.now().plusSeconds(-clockSlack);
+    group.items = _items;
+    OpenGroup opened;
+    opened.opened = _services.clock.steady();
+    opened.path = paths::join(_folder, std::string(groupPrefix) + std::to_string(group.start.nanoseconds()) + "-" +
+                                           std::to_string(_groupsOpened++));
+    if (!createDirectoryAtPath(_services.files, _folder, &folderMode, true, false))
+        complain(Error::fromErrno(ENOENT, _folder));
+    const auto written = _services.contents.writeAtomically(opened.path, journaltext::header(group), fileMode);
+    if (!written) complain(written.error());
+    _open = std::move(opened);
+}
+
+void CopyJournal::afterCopy(const std::string& path, Date written, std::uint64_t bytes) {
+    ++_changes;
+    ++_copies;
+    if (!_open) open();
+    const auto noted = _services.contents.append(_open->path, journaltext::fileLine(path, written));
+    if (!noted) complain(noted.error());
+    _open->bytes += bytes;
+    if (_thread.done()) finishRunningFlush();
+    if (_open->bytes >= groupBytes || _services.clock.steady() - _open->opened >= groupAge) closeGroup();
+}
+
+void CopyJournal::closeGroup() {
+    finishRunningFlush();
+    _closed.push_back(_open->path);
+    _open.reset();
+    _running = Running{_changes, _copies, _closed};
+    _thread.start(_services.flushDrive);
+}
+
+void CopyJournal::finishRunningFlush() {
+    if (!_thread.running()) return;
+    const auto flushed = _thread.finish();
+    const Running covering = std::move(*_running);
+    _running.reset();
+    flushEnded(flushed, covering);
+}
+
+Result<void> CopyJournal::flushBeforeReplacing() {
+    if (_copies != _copiesFlushed) flushNow();
+    if (_flushFailed) return *_flushFailed;
+    return {};
+}
+
+Result<void> CopyJournal::flush() {
+    finishRunningFlush();
+    if (_changes != _changesFlushed) flushNow();
+    if (_flushFailed) return *_flushFailed;
+    return {};
+}
+
+void CopyJournal::flushNow() {
+    finishRunningFlush();
+    if (_open) _closed.push_back(_open->path);
+    _open.reset();
+    flushEnded(_services.flushDrive(), {_changes, _copies, _closed});
+}
+
+// The system tells of a lost write once only, so what a failed flush should have covered stays in doubt whatever a
+// later one says: the records stay where the next pass finds them.
+void CopyJournal::flushEnded(const Result<void>& flushed, const Running& covering) {
+    _changesFlushed = covering.changes;
+    _copiesFlushed = covering.copies;
+    if (!flushed) {
+        if (!_flushFailed)
+            _services.logLine(localisedText("The drive could not be flushed - %@.", {flushed.error().text}));
+        _flushFailed = flushed.error();
+    }
+    for (const auto& path : covering.groups) {
+        if (flushed) _services.files.remove(path, {}).ignore();
+        std::erase(_closed, path);
+    }
+}
+
+void CopyJournal::complain(const Error& error) {
+    if (!_complained) _services.logLine(localisedText("The copy journal failed - %@.", {error.describe()}));
+    _complained = true;
+}
+
+} // namespace vt

@@ -1,0 +1,96 @@
+// Remembers which copies on the drive may still be short after a kill, a pull or a power cut, and flushes the drive in
+// groups. A group ends at a file's end after 256 MiB or 5 s; its flush runs beside the copying of the next. Its record
+// reaches the computer's disk before its first file, the names follow unsynced, and go when a flush has covered them.
+// Thread: the drive's worker. Owns: the files of its folder and the helper thread of one flush.
+// Errors: those of a flush; a journal that cannot be written is logged once and the copying goes on.
+// Units: absolute raw-byte final paths on the drive; bytes.
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/FileService.h"
+#include "sync/journal/FlushThread.h"
+#include "sync/journal/JournalText.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vt {
+
+class CopyJournal {
+  public:
+    struct Services {
+        FileService& files;     // the computer's, where the journal lies
+        FileContents& contents; // the computer's
+        const Clock& clock;
+        std::function<Result<void>()> flushDrive; // any thread
+        std::string bootId;                       // the same exactly until the computer starts again
+        std::function<void(const std::string&)> logLine;
+    };
+    // What earlier syncs left in doubt.
+    struct Leftovers {
+        std::map<std::string, Date> files; // the date that each copy was given
+        struct Group {                     // of an earlier start of the computer: anything changed since `start`
+            std::vector<std::string> items;
+            Date start;
+        };
+        std::vector<Group> groups;
+    };
+    CopyJournal(std::string folder, Services services);
+
+    // At the start of a pass over these final paths: reads what is in doubt.
+    const Leftovers& beginPass(std::vector<std::string> items);
+    [[nodiscard]] const Leftovers& leftovers() const { return _leftovers; }
+    [[nodiscard]] std::optional<Date> dateGiven(const std::string& path) const;
+    // After the last flush of a pass that copied again, or found whole, all that was in doubt at or below `items`.
+    void settle(const std::vector<std::string>& items);
+
+    void beforeCopy();
+    void afterCopy(const std::string& path, Date written, std::uint64_t bytes);
+    void noteCommitted() { ++_changes; }
+    // Flushes unless all content is down already: before a step that destroys old content.
+    Result<void> flushBeforeReplacing();
+    // Flushes unless nothing was written since the last one: before the stamp, and after the commit.
+    Result<void> flush();
+
+  private:
+    struct OpenGroup {
+        std::string path;
+        std::chrono::nanoseconds opened{0};
+        std::uint64_t bytes = 0;
+    };
+    struct Running { // what a flush covers
+        std::uint64_t changes = 0;
+        std::uint64_t copies = 0;
+        std::vector<std::string> groups;
+    };
+    void open();
+    void closeGroup();
+    void finishRunningFlush();
+    void flushNow();
+    void flushEnded(const Result<void>& flushed, const Running& covering);
+    void readEarlierGroup(const std::string& path);
+    void writeLeftovers();
+    void complain(const Error& error);
+
+    std::string _folder;
+    Services _services;
+    std::vector<std::string> _items;
+    Leftovers _leftovers;
+    std::optional<OpenGroup> _open;
+    std::vector<std::string> _closed; // groups that no flush covers yet
+    std::uint64_t _changes = 0;       // counted up with every change of the drive
+    std::uint64_t _copies = 0;        // and with every copy
+    std::uint64_t _changesFlushed = 0;
+    std::uint64_t _copiesFlushed = 0;
+    std::uint64_t _groupsOpened = 0;
+    bool _complained = false;
+    std::optional<Error> _flushFailed; // in this pass: what it should have covered stays in doubt
+    std::optional<Running> _running;
+    FlushThread _thread;
+};
+
+} // namespace vt

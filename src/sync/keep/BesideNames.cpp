@@ -1,0 +1,72 @@
+#include "sync/keep/BesideNames.h"
+
+#include "base/Paths.h"
+#include "base/Text.h"
+#include "config/utilities/FileCreation.h"
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <vector>
+
+namespace vt {
+
+BesideNames::BesideNames(FileService& files, std::string target, std::string marks,
+                         std::function<void(const std::string&)> logLine)
+    : _files(files), _target(std::move(target)), _marks(std::move(marks)), _logLine(std::move(logLine)) {}
+
+std::string BesideNames::besidePath(const std::string& path) {
+    // A digest, because the name itself may be as long as a name can be.
+    std::uint64_t digest = 14695981039346656037ULL;
+    for (const char c : paths::lastComponent(path)) {
+        digest ^= static_cast<unsigned char>(c);
+        digest *= 1099511628211ULL;
+    }
+    std::array<char, 17> text{};
+    std::snprintf(text.data(), text.size(), "%016llx", static_cast<unsigned long long>(digest));
+    return paths::join(paths::parent(path), std::string(".Z_VT_R_") + text.data());
+}
+
+std::string BesideNames::markFor(const std::string& path) const {
+    return _marks + path.substr(_target.size());
+}
+
+std::optional<std::string> BesideNames::stand(const std::string& path) {
+    if (!paths::isAtOrBelow(path, _target)) return std::nullopt;
+    if (!createDirectoryAtPath(_files, markFor(path), nullptr, true, false)) return std::nullopt;
+    std::string beside = besidePath(path);
+    if (_files.move(path, beside, Replace::never)) return beside;
+    _files.remove(markFor(path), {}).ignore();
+    return std::nullopt;
+}
+
+bool BesideNames::settle(const std::string& beside, const std::string& path, bool replaced) {
+    const bool done = replaced ? _files.remove(beside, {}).ok() : _files.move(beside, path, Replace::never).ok();
+    if (done) _files.remove(markFor(path), {}).ignore();
+    return done;
+}
+
+void BesideNames::putBack() {
+    if (!_files.attributes(_marks)) return;
+    std::vector<std::string> marks{_marks};
+    while (!marks.empty()) {
+        const std::string mark = std::move(marks.back());
+        marks.pop_back();
+        if (mark != _marks) putBackOne(_target + mark.substr(_marks.size()));
+        const auto entries = _files.list(mark);
+        if (!entries) continue;
+        for (const auto& entry : *entries)
+            if (entry.attributes.isDirectory()) marks.push_back(paths::join(mark, entry.name));
+    }
+    _files.remove(_marks, {}).ignore();
+}
+
+void BesideNames::putBackOne(const std::string& path) {
+    const std::string beside = besidePath(path);
+    if (!_files.attributes(beside)) return;
+    const bool replaced = _files.attributes(path).ok();
+    const bool done = replaced ? _files.remove(beside, {}).ok() : _files.move(beside, path, Replace::never).ok();
+    if (done && !replaced) _logLine(localisedText("Put \"%@\" back on the drive.", {paths::displayText(path)}));
+}
+
+} // namespace vt

@@ -1,0 +1,79 @@
+#include "sync/workfolders/CommitGuard.h"
+
+#include "base/Paths.h"
+#include "base/Text.h"
+
+namespace vt {
+
+CommitGuard::CommitGuard(std::string target, std::string driveWork, Services services)
+    : _target(std::move(target)), _driveWork(std::move(driveWork)), _services(std::move(services)) {}
+
+void CommitGuard::clear() {
+    _seen.clear();
+    _incomplete.clear();
+}
+
+std::string CommitGuard::finalPath(const std::string& staged) const {
+    if (!staged.starts_with(_driveWork)) return staged;
+    return _target + staged.substr(_driveWork.size());
+}
+
+bool CommitGuard::aboutToReplace(const std::string& staged, const FileAttributes& stagedAttributes,
+                                 const std::string& destination, const FileAttributes& present) {
+    // Content that a power cut could still take must not be all that is left of an item.
+    const bool durable = _services.journal == nullptr || _services.journal->flushBeforeReplacing().ok();
+    if (!_services.keepAside.enabled()) return false;
+    const bool equal = stagedAttributes.isRegular() && present.isRegular() && stagedAttributes.size == present.size &&
+                       stagedAttributes.modified == present.modified;
+    if (equal) return false;
+    return !durable || _incomplete.contains(staged) || !isAsSeen(destination, present);
+}
+
+bool CommitGuard::isAsSeen(const std::string& destination, const FileAttributes& present) const {
+    if (_services.journal != nullptr) {
+        // A copy of ours that a crash may have left short is worth nothing; one that changed since is the person's.
+        if (const auto written = _services.journal->dateGiven(destination)) return present.modified == *written;
+    }
+    const auto found = _seen.find(destination);
+    if (found == _seen.end()) {
+        _services.logLine(localisedText("\"%@\" appeared on the drive while it was synchronized.",
+                                        {paths::displayText(destination)}));
+        return false;
+    }
+    const SeenOnDrive& seen = found->second;
+    if (seen.changedOnBothSides) return false;
+    const bool same = seen.modified.value_or(present.modified) == present.modified &&
+                      seen.size.value_or(present.size) == present.size;
+    if (!same)
+        _services.logLine(
+            localisedText("\"%@\" changed on the drive while it was synchronized.", {paths::displayText(destination)}));
+    return same;
+}
+
+std::optional<std::string> CommitGuard::keep(const std::string& from, const std::string& destination) {
+    return _services.keepAside.setAsideFrom(from, destination);
+}
+
+void CommitGuard::putBack(const std::string& kept, const std::string& destination) {
+    _services.keepAside.putBack(kept, destination);
+}
+
+std::optional<std::string> CommitGuard::standBeside(const std::string& destination) {
+    return _services.besides.stand(destination);
+}
+
+bool CommitGuard::settleBeside(const std::string& beside, const std::string& destination, bool replaced) {
+    return _services.besides.settle(beside, destination, replaced);
+}
+
+void CommitGuard::itemWillBeCopied(const std::string&) {
+    if (_services.journal != nullptr) _services.journal->beforeCopy();
+}
+
+void CommitGuard::itemWasCopied(const std::string& staged, const FileAttributes& source, std::uint64_t bytes,
+                                bool incomplete) {
+    if (incomplete) _incomplete.insert(staged);
+    if (_services.journal != nullptr) _services.journal->afterCopy(finalPath(staged), source.modified, bytes);
+}
+
+} // namespace vt

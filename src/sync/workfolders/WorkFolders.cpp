@@ -1,0 +1,159 @@
+#include "sync/workfolders/WorkFolders.h"
+
+#include "base/Paths.h"
+#include "base/Text.h"
+#include "config/utilities/Packages.h"
+#include "sync/keep/BesideNames.h"
+#include "sync/report/MRLErrorReporter.h"
+
+#include <cerrno>
+
+namespace vt {
+namespace {
+
+constexpr std::uint32_t sharedMode = 0777; // every user of every computer keeps copies on the drive
+
+std::string line(std::string_view format, const std::string& path) {
+    return formatText(format, {paths::displayText(path)});
+}
+
+} // namespace
+
+bool WorkFolders::prepare() {
+    if (_services.besides != nullptr) _services.besides->putBack();
+    (void)deleteTempFolders();
+    if (!exists(_paths.target) && !makeFolder(_paths.target, &sharedMode)) {
+        _services.logLine(line("-sync: unable to create target folder %@.", _paths.target));
+        return false;
+    }
+    _services.debugLine(line("-sync: creating %@.", _paths.driveWork));
+    if (!exists(_paths.driveWork) && !makeFolder(_paths.driveWork, &sharedMode)) {
+        _services.logLine(
+            line("-sync: unable to create temporary folder %@ for Mac->Pushkey copying.", _paths.driveWork));
+        return false;
+    }
+    _services.debugLine(line("-sync: creating %@.", _paths.localWork));
+    // Nothing is staged there in this version, so its absence stops no sync.
+    if (!makeFolder(_paths.localWork, nullptr))
+        _services.logLine(
+            line("-sync: unable to create temporary folder %@ for Pushkey->Mac copying.", _paths.localWork));
+    return true;
+}
+
+bool WorkFolders::exists(const std::string& path) const {
+    return _services.files.attributesFollowing(path).ok();
+}
+
+bool WorkFolders::makeFolder(const std::string& path, const std::uint32_t* mode) {
+    return _services.tree.createDirectoryAtPath(path, mode, true, false);
+}
+
+bool WorkFolders::processTempFolders() {
+    return processATempFolder(_paths.driveWork);
+}
+
+bool WorkFolders::processATempFolder(const std::string& folder) {
+    _services.debugLine("-processTempFolders: finishing Mac->Pushkey sync.");
+    if (!folder.starts_with(_paths.driveWork)) return false;
+    const std::string base = _paths.target + folder.substr(_paths.driveWork.size());
+    const auto entries = _services.files.list(folder);
+    bool movedWhole = false;
+    if (entries && !entries->empty()) {
+        movedWhole = moveWhole(folder, base, *entries);
+        if (!movedWhole) moveEntries(folder, base, *entries);
+        if (_services.committed) _services.committed();
+    }
+    if (movedWhole) return true;
+    reportLeftBehind(folder);
+    return _services.files.remove(folder, {}).ok();
+}
+
+// Into a place that is not there yet the whole folder goes with one rename: no entry can meet anything, so locks stay
+// what they are, and nothing is asked.
+bool WorkFolders::moveWhole(const std::string& folder, const std::string& base,
+                            const std::vector<DirectoryEntry>& entries) {
+    if (folder == _paths.driveWork || _services.stopsCommit()) return false;
+    if (_services.files.attributes(base).code() != ENOENT) return false;
+    if (!_services.tree.createDirectoryAtPath(paths::parent(base), nullptr, true, true)) return false;
+    if (!_services.files.move(folder, base, Replace::never)) return false;
+    for (const auto& entry : entries) debugMoving(paths::join(folder, entry.name), paths::join(base, entry.name));
+    return true;
+}
+
+void WorkFolders::moveEntries(const std::string& folder, const std::string& base,
+                              const std::vector<DirectoryEntry>& entries) {
+    const auto reporter = _services.errorReporter();
+    for (const auto& entry : entries) {
+        if (_services.stopsCommit()) return;
+        const std::string from = paths::join(folder, entry.name);
+        const std::string to = paths::join(base, entry.name);
+        debugMoving(from, to);
+        if (!_services.tree.movePathOntoPath(from, to, true, reporter.get(), &entry.attributes)) return;
+    }
+}
+
+void WorkFolders::debugMoving(const std::string& from, const std::string& to) {
+    if (_services.debugEnabled && !_services.debugEnabled()) return;
+    _services.debugLine(
+        formatText("                : moving \"%@\" ->\"%@\".", {paths::displayText(from), paths::displayText(to)}));
+}
+
+// Whatever is still staged goes with the folder, and is owed. Merged folders stay behind empty.
+void WorkFolders::reportLeftBehind(const std::string& folder) {
+    std::vector<std::string> folders{folder};
+    while (!folders.empty()) {
+        const std::string current = std::move(folders.back());
+        folders.pop_back();
+        const auto entries = _services.files.list(current);
+        if (!entries) {
+            if (entries.code() != ENOENT) _services.leftBehind(current);
+            continue;
+        }
+        for (const auto& entry : *entries) {
+            const std::string path = paths::join(current, entry.name);
+            if (entry.attributes.isDirectory() && !isPackageName(entry.name))
+                folders.push_back(path);
+            else
+                _services.leftBehind(path);
+        }
+    }
+}
+
+bool WorkFolders::deleteTempFolders() {
+    const bool driveGone = deleteFolder("global", _paths.driveWork);
+    const bool localGone = deleteFolder("local", _paths.localWork);
+    return driveGone && localGone;
+}
+
+bool WorkFolders::deleteFolder(const char* which, const std::string& folder) {
+    const std::string name = paths::displayText(folder);
+    _services.debugLine(formatText("-deleteTempFolders: deleting %s \"%@\".", {which, name}));
+    const std::uint64_t before = countEntries(folder);
+    const bool removed = _services.files.remove(folder, {}).ok();
+    _services.debugLine(formatText("-deleteTempFolders: \"%@\" was %s deleted.", {name, removed ? "" : " NOT"}));
+    if (!removed) {
+        // Half a work folder in the trash would only keep its space.
+        const bool whole = _services.files.attributes(folder).ok() && countEntries(folder) == before;
+        const bool recycled = whole && _services.workspace.recycle(folder).ok();
+        _services.debugLine(
+            formatText("-deleteTempFolders: recycling \"%@\" %s.", {name, recycled ? "succeeded" : "failed"}));
+    }
+    return _services.files.attributes(folder).code() == ENOENT;
+}
+
+std::uint64_t WorkFolders::countEntries(const std::string& folder) const {
+    std::uint64_t count = 0;
+    std::vector<std::string> folders{folder};
+    while (!folders.empty()) {
+        const std::string current = std::move(folders.back());
+        folders.pop_back();
+        const auto entries = _services.files.list(current);
+        if (!entries) continue;
+        count += entries->size();
+        for (const auto& entry : *entries)
+            if (entry.attributes.isDirectory()) folders.push_back(paths::join(current, entry.name));
+    }
+    return count;
+}
+
+} // namespace vt
