@@ -58,7 +58,7 @@ int open(int directory, const char* relative, int flags, mode_t mode, UniqueFd& 
     if (code != EXDEV) return code;
     // EXDEV stands for both ways out; without the mount rule only the link's remains.
     UniqueFd probe;
-    const int again = openResolved(directory, relative, O_PATH | O_NOFOLLOW, 0, within, probe);
+    const int again = openResolved(directory, relative, O_PATH | (flags & O_NOFOLLOW), 0, within, probe);
     return again == EXDEV ? ELOOP : EXDEV;
 }
 
@@ -72,6 +72,7 @@ int walk(int directory, const char* relative, int flags, mode_t mode, UniqueFd& 
         const std::string name = rest.substr(start, end == std::string::npos ? end : end - start);
         const int from = held.isOpen() ? held.get() : directory;
         const bool last = end == std::string::npos || rest.find_first_not_of('/', end) == std::string::npos;
+        if (last && (flags & O_NOFOLLOW) == 0 && isLink(from, name.c_str())) return ELOOP;
         UniqueFd next;
         const int wanted = last ? flags | O_NOFOLLOW : O_PATH | O_DIRECTORY | O_NOFOLLOW;
         const int code = openAt(from, name.c_str(), wanted, mode, next);
