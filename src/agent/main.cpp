@@ -1,0 +1,125 @@
+// vantaro: the agent. Builds the adapters, wires them to the application, runs.
+#include "agent/Signals.h"
+#include "app/VTApplicationController.h"
+#include "base/Text.h"
+#include "config/FSNamesAndTags.h"
+#include "platform/HeadlessAlertPanel.h"
+#include "platform/linux/LinuxClock.h"
+#include "platform/linux/LinuxDriveFiles.h"
+#include "platform/linux/LinuxFileSystemTable.h"
+#include "platform/linux/LinuxFiles.h"
+#include "platform/linux/LinuxPreferences.h"
+#include "platform/linux/LinuxPropertyLists.h"
+#include "platform/linux/LinuxSystemIdentity.h"
+#include "platform/linux/LinuxWorkspace.h"
+#include "platform/linux/volumes/LinuxVolumes.h"
+#include "platform/qt/QtNotifications.h"
+#include "platform/qt/QtRunLoop.h"
+#include "platform/qt/QtSessionBus.h"
+
+#include <QCoreApplication>
+#include <QDBusConnectionInterface>
+
+#include <clocale>
+#include <cstdio>
+#include <string_view>
+#include <thread>
+#include <unistd.h>
+
+#ifndef VANTARO_VERSION
+#define VANTARO_VERSION "unknown"
+#endif
+
+namespace {
+
+constexpr const char* alreadyRunning = "vantaro: the agent is already running for this user\n";
+
+int usage(const char* argument) {
+    std::fprintf(stderr, "vantaro: unknown argument \"%s\"; there are only --help and --version\n", argument);
+    return 2;
+}
+
+bool anotherAgentRuns(const QDBusConnection& bus) {
+    return bus.isConnected() && bus.interface()->isServiceRegistered(vt::application::bundleIdentifier).value();
+}
+
+int runAgent(int& argc, char** argv) {
+    QCoreApplication application(argc, argv);
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (anotherAgentRuns(bus)) {
+        std::fputs(alreadyRunning, stdout);
+        return 0;
+    }
+
+    vt::QtRunLoop runLoop;
+    const vt::LinuxClock clock;
+    vt::LinuxFiles files;
+    vt::LinuxPropertyLists propertyLists;
+    vt::LinuxSystemIdentity system(files, files);
+    vt::LinuxPreferences preferences({files, files, propertyLists}, system.configHome(), system.machineId());
+    vt::LinuxVolumes volumes(runLoop);
+    vt::LinuxDriveFilesFactory driveFiles(volumes);
+    vt::QtNotifications notifications(runLoop, bus);
+    vt::LinuxWorkspace workspace(system);
+    vt::HeadlessAlertPanel alerts;
+    vt::QtSessionBus sessionBus(bus);
+    vt::LinuxFileSystemTable fileSystemTable;
+    vt::FSNamesAndTags fileSystems(fileSystemTable);
+
+    vt::VTApplicationController controller(vt::ApplicationServices{
+        .runLoop = runLoop,
+        .clock = clock,
+        .system = system,
+        .preferences = preferences,
+        .propertyLists = propertyLists,
+        .driveFiles = driveFiles,
+        .volumes = volumes,
+        .notifications = notifications,
+        .fileEvents = nullptr,
+        .workspace = workspace,
+        .alerts = alerts,
+        .bus = sessionBus,
+        .fileSystems = fileSystems,
+        .makeLogWindow = {},
+        .sleep = [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); },
+        .quit = [](int exitCode) { vt::QtRunLoop::quit(exitCode); },
+        .version = VANTARO_VERSION,
+    });
+    const vt::Signals signals([] { vt::QtRunLoop::quit(0); });
+    controller.awakeFromNib();
+    if (!controller.applicationWillFinishLaunching()) {
+        std::fputs(alreadyRunning, stdout);
+        controller.cleanup();
+        return 0;
+    }
+    const int exitCode = runLoop.exec();
+    controller.applicationWillTerminate();
+    return exitCode;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view argument = argv[i];
+        if (argument == "--version") {
+            std::puts("vantaro " VANTARO_VERSION);
+            return 0;
+        }
+        if (argument == "--help") {
+            std::puts("Usage: vantaro\n\n"
+                      "Runs in the background and keeps chosen folders copied onto your drives.\n"
+                      "It takes no arguments; vantaroctl controls it.\n\n"
+                      "  --help     show this\n"
+                      "  --version  show the version");
+            return 0;
+        }
+        return usage(argv[i]);
+    }
+    std::setlocale(LC_ALL, "");
+    std::setlocale(LC_NUMERIC, "C");
+    const int exitCode = runAgent(argc, argv);
+    // Workers that still hang on a drive are not waited for: everything that matters is on disk by now.
+    std::fflush(nullptr);
+    _exit(exitCode);
+}
