@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <sys/types.h>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -39,6 +40,7 @@ class CopyExperience {
     [[nodiscard]] bool ownerRefused(uid_t owner, gid_t group) const;
     void setOwnerRefused(uid_t owner, gid_t group) { _refusedOwners.emplace_back(owner, group); }
     [[nodiscard]] char* buffer();
+    [[nodiscard]] uid_t user() const { return _user; } // whom the process acts as
 
   private:
     struct Road {
@@ -52,6 +54,7 @@ class CopyExperience {
     dev_t _withoutAttributes = 0;
     bool _attributesKnown = false;
     std::unique_ptr<char[]> _buffer;
+    uid_t _user = ::geteuid();
 };
 
 } // namespace vt

@@ -25,7 +25,7 @@ Date modifiedOf(const struct stat& status) {
 } // namespace
 
 MetadataCopy::MetadataCopy(CopyExperience& experience, const DestinationCapabilities& capabilities)
-    : _experience(experience), _capabilities(capabilities), _user(::geteuid()) {}
+    : _experience(experience), _capabilities(capabilities), _user(experience.user()) {}
 
 mode_t MetadataCopy::modeToCreateWith(const struct stat& wanted) const {
     // Another owner's file is nobody else's until it has its owner, so that no one reads it in between.
