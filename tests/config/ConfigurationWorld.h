@@ -61,7 +61,7 @@ struct ConfigurationWorld {
     static constexpr const char* drive = "/media/stick";
     static constexpr const char* path = "/media/stick/.VantaroConfig";
 
-    FakeClock clock;
+    FakeClock clock{Date::fromSeconds(1'369'134'000)}; // 2013-05-21 11:00 UTC: the same day wherever the tests run
     FakeDisk disk{clock};
     FakeFiles files{disk};
     LinuxPropertyLists propertyLists;
