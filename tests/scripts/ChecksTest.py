@@ -95,6 +95,8 @@ class Skips(unittest.TestCase):
     def test_a_test_does_not_sleep(self):
         check = load("check-skips").check
         self.assertEqual(len(check("tests/a.cpp", ["std::this_thread::sleep_fo" + "r(1s);"], {})), 1)
+        self.assertEqual(len(check("tests/a.py", ["def test_it(self):", "    time.slee" + "p(1)"], {})), 1)
+        self.assertEqual(check("tests/a.py", ["def wait_until(condition):", "    time.slee" + "p(1)"], {}), [])
 
 
 class Behaviour(unittest.TestCase):
