@@ -194,6 +194,8 @@ TEST(LinuxPropertyLists, RefusesMalformedBinary) {
         {"endless string", binaryOf({std::string("\x5f\x13\xff\xff\xff\xff\xff\xff\xff\xff", 10)})},
         {"long array", binaryOf({std::string("\xaf\x13\x7f\xff\xff\xff\xff\xff\xff\xff", 10)})},
         {"string that is not UTF-8", binaryOf({"\x51\xff"})},
+        {"zero in a key", binaryOf({"\xd1\x01\x02", std::string("\x52\0a", 3), "\x09"})},
+        {"zero in a wide key", binaryOf({"\xd1\x01\x02", std::string("\x61\0\0", 3), "\x09"})},
         {"unknown kind", binaryOf({"\xf0"})},
         {"date that is no number", binaryOf({std::string("\x33\x7f\xf8\0\0\0\0\0\0", 9)})},
         {"cut off", binaryOf({"\xa1\x01", "\x09"}).substr(0, 20)},

@@ -81,6 +81,15 @@ class BinaryGuard {
         return offset < _table ? number(offset, 1) >> 4U : 0xf;
     }
 
+    // Whether a text holds a zero: the library ends the process over a key with one.
+    [[nodiscard]] bool holdsZero(std::uint64_t kind, std::size_t at, std::uint64_t bytes) const {
+        if (kind == 0x5) return _bytes.substr(at, bytes).find('\0') != std::string_view::npos;
+        if (kind != 0x6) return false;
+        for (std::uint64_t i = 0; i + 1 < bytes; i += 2)
+            if (_bytes[at + i] == '\0' && _bytes[at + i + 1] == '\0') return true;
+        return false;
+    }
+
     // Fills in a leaf, or answers the references of a container. A failure is a text.
     const char* enter(std::uint64_t object, Children& children) {
         const auto found = content(object);
@@ -115,6 +124,7 @@ class BinaryGuard {
             return "an object of an unknown kind";
         }
         if (bytes > room) return "an object that does not fit";
+        if (holdsZero(kind(object), found->at, bytes)) return "a text with a zero byte";
         _objects[object].values = 1;
         _objects[object].bytes = bytes;
         _objects[object].depth = 1;
