@@ -103,12 +103,12 @@ std::optional<Date> CopyJournal::dateGiven(const std::string& path) const {
 }
 
 void CopyJournal::settle(const std::vector<std::string>& items) {
-    const std::size_t before = _leftovers.files.size() + _leftovers.groups.size();
+    if (_leftovers.files.empty() && _leftovers.groups.empty()) return;
     std::erase_if(_leftovers.files, [&](const auto& file) { return isBelowAny(file.first, items); });
     for (auto& group : _leftovers.groups)
         std::erase_if(group.items, [&](const std::string& item) { return isBelowAny(item, items); });
     std::erase_if(_leftovers.groups, [](const Leftovers::Group& group) { return group.items.empty(); });
-    if (_leftovers.files.size() + _leftovers.groups.size() != before) writeLeftovers();
+    writeLeftovers();
 }
 
 void CopyJournal::beforeCopy() {

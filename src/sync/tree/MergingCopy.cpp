@@ -4,10 +4,10 @@
 #include "base/Text.h"
 #include "config/utilities/DateConversions.h"
 #include "config/utilities/FileCreation.h"
+#include "sync/compare/NameRule.h"
 #include "sync/copy/VTFileCopyAgent.h"
 #include "sync/tree/StagingWatch.h"
 
-#include <algorithm>
 #include <cerrno>
 
 namespace vt {
@@ -15,17 +15,11 @@ namespace {
 
 constexpr std::uint32_t folderMode = 0755;
 
-std::string foldedName(const std::string& name) {
-    std::string folded = name;
-    for (char& c : folded)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return folded;
-}
-
 } // namespace
 
 MergingCopy::MergingCopy(const TreeOperations::Services& services, MRLErrorReporter* handler, bool toPushkey)
-    : _services(services), _calls(handler), _questions(services), _toPushkey(toPushkey) {}
+    : _services(services), _calls(handler), _questions(services), _listing(services, _calls, _questions),
+      _toPushkey(toPushkey) {}
 
 bool MergingCopy::copy(const std::string& source, const std::string& destination, const FileAttributes* known) {
     _source = source;
@@ -72,8 +66,8 @@ bool MergingCopy::askAboutConflict() {
 }
 
 std::optional<bool> MergingCopy::enterNewFolder(const FileAttributes& source, const Known& known) {
-    auto entries = list(_source, true);
-    const auto acceptable = entries ? firstAcceptable(*entries) : std::nullopt;
+    auto entries = _listing.listFailuresLast(_source);
+    const auto acceptable = entries ? _listing.firstAcceptable(_source, *entries) : std::nullopt;
     if (!acceptable) {
         skipFiltered(source);
         return true;
@@ -101,7 +95,7 @@ bool MergingCopy::makeDestinationFolder(bool parentExists) {
 }
 
 std::optional<bool> MergingCopy::mergeFolder(bool limit) {
-    auto entries = list(_source, true);
+    auto entries = _listing.listFailuresLast(_source);
     if (!entries || entries->empty()) return true;
     begin(std::move(*entries), limit);
     return std::nullopt;
@@ -116,7 +110,7 @@ std::optional<bool> MergingCopy::mergePackage(const FileAttributes& source, cons
         return false;
     }
     // In the file system's own order: the last entry decides the result.
-    auto entries = source.isDirectory() ? list(_source, false) : std::nullopt;
+    auto entries = source.isDirectory() ? _listing.list(_source) : std::nullopt;
     if (!entries || entries->empty()) {
         _calls.pathFailed(_source, false);
         return false;
@@ -232,11 +226,11 @@ bool MergingCopy::offeredToFilter(Level& level, std::size_t index) {
     return _questions.accepts(_source, entry.name, entry.attributes, level.limit);
 }
 
-// A second name for what this folder has already received. ASCII case is judged here, anything beyond by the drive.
+// A second name for what this folder has already received. Letters are judged here, anything beyond by the drive.
 bool MergingCopy::isTwin(Level& level, const std::string& name) {
     const std::size_t folder = level.destinationLength;
     if (_questions.capabilities(_destination.substr(0, folder)).caseSensitive) return false;
-    if (!level.foldedNames.insert(foldedName(name)).second) return true;
+    if (!level.names.insert(NameRule(false).key(name)).second) return true;
     return level.fresh && _questions.look(_destination).has_value();
 }
 
@@ -268,52 +262,6 @@ bool MergingCopy::endLevel() {
 void MergingCopy::backToLevel(const Level& level) {
     _source.resize(level.sourceLength);
     _destination.resize(level.destinationLength);
-}
-
-// Null when the folder cannot be listed, which is logged and owed. Links and what has failed lately come last, so that
-// they cannot keep the others from the drive.
-std::optional<std::vector<DirectoryEntry>> MergingCopy::list(const std::string& folder, bool failuresLast) {
-    auto entries = _services.files.list(folder);
-    if (!entries) {
-        _services.log.logMessage(
-            localisedText("Unable to list \"%1$@\" - %2$@.", {paths::displayText(folder), entries.error().text}));
-        _calls.pathFailed(folder, false);
-        return std::nullopt;
-    }
-    if (failuresLast)
-        std::stable_partition(entries->begin(), entries->end(), [&](const DirectoryEntry& entry) {
-            if (entry.attributes.isLink()) return false;
-            return !_services.failedBefore || !_services.failedBefore(paths::join(folder, entry.name));
-        });
-    return std::move(*entries);
-}
-
-std::optional<MergingCopy::Acceptable> MergingCopy::firstAcceptable(const std::vector<DirectoryEntry>& entries) {
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        const auto& [name, attributes] = entries[i];
-        if (_questions.isClosed(attributes)) continue;
-        const std::string path = paths::join(_source, name);
-        if (_questions.accepts(path, name, attributes, false)) return Acceptable{i, true};
-        if (attributes.isDirectory() && anyAcceptableBelow(path)) return Acceptable{i, false};
-    }
-    return std::nullopt;
-}
-
-bool MergingCopy::anyAcceptableBelow(const std::string& folder) {
-    std::vector<std::string> folders{folder};
-    while (!folders.empty()) {
-        const std::string current = std::move(folders.back());
-        folders.pop_back();
-        const auto entries = _services.files.list(current);
-        if (!entries) continue;
-        for (const auto& [name, attributes] : *entries) {
-            if (_questions.isClosed(attributes)) continue;
-            const std::string path = paths::join(current, name);
-            if (_questions.accepts(path, name, attributes, false)) return true;
-            if (attributes.isDirectory()) folders.push_back(path);
-        }
-    }
-    return false;
 }
 
 void MergingCopy::skipFiltered(const FileAttributes& item) {

@@ -5,6 +5,7 @@
 
 #include "sync/tree/HandlerCalls.h"
 #include "sync/tree/ItemQuestions.h"
+#include "sync/tree/SourceListing.h"
 #include "sync/tree/TreeOperations.h"
 
 #include <cstddef>
@@ -40,13 +41,8 @@ class MergingCopy {
         bool fresh = false;      // its folder was made by this operation
         bool folderThere = true; // its destination is known to be a folder
         bool result = false;
-        std::unordered_set<std::string> foldedNames; // where the drive cannot tell all names apart
+        std::unordered_set<std::string> names; // where the drive cannot tell all names apart
     };
-    struct Acceptable {
-        std::size_t index = 0;
-        bool itself = false; // the entry itself, not something below it
-    };
-
     // Decide about the item at the two paths. Null: a level was begun, whose end is the answer.
     std::optional<bool> enter(const Known& known);
     std::optional<bool> enterNewFolder(const FileAttributes& source, const Known& known);
@@ -65,15 +61,13 @@ class MergingCopy {
     void takeAnswer(bool answer);
     bool endLevel();
     void begin(std::vector<DirectoryEntry> entries, bool limit);
-    [[nodiscard]] std::optional<std::vector<DirectoryEntry>> list(const std::string& folder, bool failuresLast);
-    [[nodiscard]] std::optional<Acceptable> firstAcceptable(const std::vector<DirectoryEntry>& entries);
-    [[nodiscard]] bool anyAcceptableBelow(const std::string& folder);
     void skipFiltered(const FileAttributes& item);
     void backToLevel(const Level& level);
 
     const TreeOperations::Services& _services;
     HandlerCalls _calls;
     ItemQuestions _questions;
+    SourceListing _listing;
     bool _toPushkey;
     std::string _source;
     std::string _destination;

@@ -1,0 +1,228 @@
+#include "sync/journal/CopyJournal.h"
+
+#include "TreeFixture.h"
+
+#include "sync/keep/BesideNames.h"
+#include "sync/keep/KeepAside.h"
+#include "sync/workfolders/CommitGuard.h"
+
+#include <atomic>
+#include <cerrno>
+#include <mutex>
+
+namespace vt::test {
+namespace {
+
+class JournalTest : public TreeFixture {
+  protected:
+    static constexpr const char* folder = "/home/ann/.state/journal";
+    [[nodiscard]] CopyJournal journal(const std::string& boot = "boot-1") {
+        return CopyJournal(folder, {files, files, clock,
+                                    [this]() -> Result<void> {
+                                        ++flushes;
+                                        const int code = flushCode.load();
+                                        if (code != 0) return Error::fromErrno(code, drive);
+                                        return {};
+                                    },
+                                    boot, [this](const std::string& line) { lines.push_back(line); }});
+    }
+    void copied(CopyJournal& to, const std::string& name, std::uint64_t bytes = 10) {
+        to.beforeCopy();
+        to.afterCopy(d(name), Date::fromSeconds(1000, 7), bytes);
+    }
+    [[nodiscard]] Lines journalFiles() { return files.listNames(folder).valueOr({}); }
+
+    std::atomic<int> flushes{0};
+    std::atomic<int> flushCode{0};
+    Lines lines;
+};
+
+TEST_F(JournalTest, NothingWrittenNothingFlushed) {
+    auto one = journal();
+    one.beginPass({d("Music")});
+    EXPECT_TRUE(one.flush().ok());
+    EXPECT_TRUE(one.flushBeforeReplacing().ok());
+    EXPECT_EQ(flushes, 0);
+    EXPECT_TRUE(journalFiles().empty());
+}
+
+TEST_F(JournalTest, FlushCoversWhatWasCopiedOnce) {
+    auto one = journal();
+    one.beginPass({d("Music")});
+    copied(one, "Music/a");
+    EXPECT_EQ(journalFiles().size(), 1U);
+    EXPECT_TRUE(one.flushBeforeReplacing().ok());
+    EXPECT_TRUE(one.flushBeforeReplacing().ok());
+    EXPECT_TRUE(one.flush().ok());
+    EXPECT_EQ(flushes, 1);
+    EXPECT_TRUE(journalFiles().empty());
+    one.noteCommitted(); // renames need no flush before the next replacement, but one at the end
+    EXPECT_TRUE(one.flushBeforeReplacing().ok());
+    EXPECT_EQ(flushes, 1);
+    EXPECT_TRUE(one.flush().ok());
+    EXPECT_EQ(flushes, 2);
+}
+
+TEST_F(JournalTest, GroupEndsAfterItsBytesOrItsAge) {
+    auto one = journal();
+    one.beginPass({d("Music")});
+    copied(one, "Music/a", 256ULL << 20U);
+    EXPECT_TRUE(one.flush().ok()); // waits for the one that runs, and needs no other
+    EXPECT_EQ(flushes, 1);
+    copied(one, "Music/b");
+    clock.advance(std::chrono::seconds(5));
+    EXPECT_EQ(flushes, 1);
+    copied(one, "Music/c");
+    EXPECT_TRUE(one.flush().ok());
+    EXPECT_EQ(flushes, 2);
+    EXPECT_TRUE(journalFiles().empty());
+}
+
+TEST_F(JournalTest, RecordReachesTheDiskBeforeTheFirstFile) {
+    auto one = journal();
+    one.beginPass({d("Music")});
+    disk.faults().clearLog();
+    one.beforeCopy();
+    EXPECT_EQ(asked("writeAtomically"), 1);
+    copied(one, "Music/a");
+    copied(one, "Music/b");
+    EXPECT_EQ(asked("writeAtomically"), 1);
+    EXPECT_EQ(asked("append"), 2);
+}
+
+TEST_F(JournalTest, KilledProcessLeavesItsNamesInDoubt) {
+    const std::string strange = "Music/%@ new\nline \xff";
+    {
+        auto one = journal();
+        one.beginPass({d("Music")});
+        copied(one, strange);
+    }
+    auto next = journal();
+    const auto& left = next.beginPass({d("Music")});
+    EXPECT_EQ(left.files, (std::map<std::string, Date>{{d(strange), Date::fromSeconds(1000, 7)}}));
+    EXPECT_TRUE(left.groups.empty()); // the computer has not started again: the names say all
+    EXPECT_EQ(next.dateGiven(d(strange)), Date::fromSeconds(1000, 7));
+    EXPECT_EQ(next.dateGiven(d("other")), std::nullopt);
+    EXPECT_EQ(journalFiles(), (Lines{"leftovers"}));
+}
+
+TEST_F(JournalTest, RestartPutsEverythingSinceTheGroupsStartInDoubt) {
+    const Date start = clock.now();
+    {
+        auto one = journal("boot-1");
+        one.beginPass({d("Music"), d("Pictures")});
+        copied(one, "Music/a");
+    }
+    for (int i = 0; i < 2; ++i) { // once more from the merged file
+        auto next = journal("boot-2");
+        const auto& left = next.beginPass({});
+        ASSERT_EQ(left.groups.size(), 1U);
+        EXPECT_EQ(left.groups[0].items, (Lines{d("Music"), d("Pictures")}));
+        EXPECT_LT(left.groups[0].start, start);
+        EXPECT_EQ(left.files.size(), 1U);
+    }
+}
+
+TEST_F(JournalTest, SettlingForgetsOnlyWhatThePassWalked) {
+    {
+        auto one = journal("boot-1");
+        one.beginPass({d("Music"), d("Pictures")});
+        copied(one, "Music/a");
+        copied(one, "Pictures/b");
+    }
+    auto next = journal("boot-2");
+    next.beginPass({});
+    next.settle({d("Music")});
+    EXPECT_EQ(next.leftovers().files.size(), 1U);
+    EXPECT_EQ(next.leftovers().groups[0].items, (Lines{d("Pictures")}));
+    auto third = journal("boot-2");
+    third.beginPass({});
+    EXPECT_EQ(third.leftovers().files.count(d("Pictures/b")), 1U);
+    third.settle({d("Pictures")});
+    EXPECT_TRUE(journalFiles().empty());
+}
+
+TEST_F(JournalTest, PartlyWalkedGroupIsWrittenBackToo) {
+    {
+        auto one = journal("boot-1");
+        one.beginPass({d("Music"), d("Pictures")});
+        one.beforeCopy();
+    }
+    {
+        auto next = journal("boot-2");
+        next.beginPass({});
+        next.settle({d("Music")});
+    }
+    auto third = journal("boot-2");
+    ASSERT_EQ(third.beginPass({}).groups.size(), 1U);
+    EXPECT_EQ(third.leftovers().groups[0].items, (Lines{d("Pictures")}));
+}
+
+TEST_F(JournalTest, FailedFlushIsToldAndKeepsItsNamesWhateverALaterOneSays) {
+    auto one = journal();
+    one.beginPass({d("Music")});
+    copied(one, "Music/a");
+    flushCode = EIO;
+    EXPECT_EQ(one.flushBeforeReplacing().code(), EIO);
+    flushCode = 0;
+    copied(one, "Music/b");
+    EXPECT_EQ(one.flush().code(), EIO);
+    EXPECT_EQ(lines, (Lines{"The drive could not be flushed - Input/output error."}));
+    const auto& left = one.beginPass({d("Music")});
+    EXPECT_EQ(left.files.size(), 1U);
+    EXPECT_EQ(left.files.count(d("Music/a")), 1U);
+    EXPECT_TRUE(one.flush().ok());
+}
+
+TEST_F(JournalTest, JournalThatCannotBeWrittenIsLoggedOnceAndTheCopyingGoesOn) {
+    disk.faults().fail("writeAtomically", folder, ENOSPC);
+    auto one = journal();
+    one.beginPass({d("Music")});
+    copied(one, "Music/a");
+    copied(one, "Music/b");
+    EXPECT_EQ(lines.size(), 1U);
+    EXPECT_TRUE(one.flush().ok());
+    EXPECT_EQ(flushes, 1);
+}
+
+TEST_F(JournalTest, HostileOrTornTextIsPassedOver) {
+    const auto group = journaltext::parse("nonsense\nfile x y\nfile 5\nboot b\nstart 12x\nitem /a%2\nfile 7 /ok%41\n"
+                                          "file 8 /torn");
+    EXPECT_EQ(group.bootId, "b");
+    EXPECT_EQ(group.start, Date::missing());
+    EXPECT_EQ(group.items, (Lines{"/a%2"}));
+    EXPECT_EQ(group.files, (std::map<std::string, Date>{{"/okA", Date::fromNanoseconds(7)}}));
+}
+
+TEST_F(JournalTest, CommitFlushesBeforeItReplacesAndJournalledCopiesAreWorthNothing) {
+    const std::string root = drive;
+    const std::string work = d(".w");
+    auto one = journal();
+    {
+        auto before = journal();
+        before.beginPass({d("Music")});
+        copied(before, "short"); // given the date of second 1000
+        copied(before, "edited");
+    }
+    one.beginPass({d("Music")});
+    const auto note = [this](const std::string& line) { lines.push_back(line); };
+    KeepAside keep{drive, {files, clock, [] { return true; }, note}};
+    BesideNames besides{files, root, d(".marks"), note};
+    CommitGuard guard{root, work, {keep, besides, &one, note}};
+    services.guard = &guard;
+    services.staging = &guard;
+    computer({file("short", "whole content"), file("edited", "computer's")});
+    onDrive({file("short", "", Date::fromSeconds(1000, 7)), file("edited", "person's", Date::fromSeconds(3000))});
+    for (const char* name : {"short", "edited"}) {
+        EXPECT_TRUE(tree().copyPathOntoPath(h(name), work + "/" + name, true, reporter.get()));
+        EXPECT_TRUE(tree().movePathOntoPath(work + "/" + name, d(name), true, reporter.get()));
+    }
+    EXPECT_EQ(flushes, 2); // once before each replacement that followed a copy
+    EXPECT_EQ(contentOf(d("short")), "whole content");
+    EXPECT_FALSE(files.attributes(d("Archived Vantaro Backups/2013-05-21/short")).ok());
+    EXPECT_EQ(contentOf(d("Archived Vantaro Backups/2013-05-21/edited")), "person's");
+    EXPECT_EQ(guard.finalPath(work + "/a/b"), d("a/b"));
+}
+
+} // namespace
+} // namespace vt::test
