@@ -127,7 +127,7 @@ double Date::secondsSince(Date other) const {
 
 Date Date::plusSeconds(double seconds) const {
     if (std::isnan(seconds)) return *this;
-    const double limit = static_cast<double>(std::numeric_limits<std::int64_t>::max() / billion);
+    const double limit = static_cast<double>(std::numeric_limits<std::int64_t>::max()) / static_cast<double>(billion);
     if (seconds >= 2 * limit) return Date(std::numeric_limits<std::int64_t>::max());
     if (seconds <= -2 * limit) return Date(std::numeric_limits<std::int64_t>::min());
     const double whole = std::floor(seconds);

@@ -136,7 +136,7 @@ std::string signOf(bool negative, const Placeholder& p) {
     return p.space ? " " : "";
 }
 
-std::string withPrecision(std::string digits, const Placeholder& p) {
+std::string withPrecision(const std::string& digits, const Placeholder& p) {
     const std::size_t least = p.precision.value_or(1);
     return digits.size() < least ? std::string(least - digits.size(), '0') + digits : digits;
 }
@@ -147,7 +147,7 @@ std::string formatSigned(const Value& number, const Placeholder& p) {
     std::string digits = large ? std::to_string(number.unsignedValue()) : std::to_string(number.integerValue());
     const bool negative = digits.front() == '-';
     if (negative) digits.erase(0, 1);
-    return padded(signOf(negative, p), withPrecision(std::move(digits), p), p, !p.precision);
+    return padded(signOf(negative, p), withPrecision(digits, p), p, !p.precision);
 }
 
 std::string formatUnsigned(const Value& number, const Placeholder& p, int base) {
@@ -168,7 +168,7 @@ std::string formatUnsigned(const Value& number, const Placeholder& p, int base) 
             if (c >= 'a') c = static_cast<char>(c - 'a' + 'A');
     std::string prefix;
     if (p.alternate && base == 16 && bits != 0) prefix = p.conversion == 'X' ? "0X" : "0x";
-    return padded(std::move(prefix), withPrecision(std::move(digits), p), p, !p.precision);
+    return padded(std::move(prefix), withPrecision(digits, p), p, !p.precision);
 }
 
 std::string formatReal(const Value& number, const Placeholder& p) {

@@ -3,8 +3,8 @@
 #include "base/Paths.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
-#include <strings.h>
 
 namespace vt {
 
@@ -73,10 +73,19 @@ FakeVolume& FakeDisk::volumeOf(const std::string& path) {
     return *deepest;
 }
 
+namespace {
+
+bool equalsIgnoringCase(const std::string& a, const std::string& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
+}
+
+} // namespace
+
 std::string FakeDisk::spelling(const FakeVolume& volume, const FakeNode& folder, const std::string& name) {
     if (volume.capabilities.caseSensitive || folder.entries.contains(name)) return name;
     for (const auto& [spelled, node] : folder.entries)
-        if (::strcasecmp(spelled.c_str(), name.c_str()) == 0) return spelled;
+        if (equalsIgnoringCase(spelled, name)) return spelled;
     return name;
 }
 
