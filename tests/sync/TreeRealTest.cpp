@@ -1,0 +1,130 @@
+// The tree operations, work folders and safeguards on real folders, through the adapters.
+#include "TreeFixture.h"
+
+#include "platform/fake/FakeWorkspace.h"
+#include "platform/linux/LinuxFiles.h"
+#include "platform/linux/LinuxItemCopy.h"
+#include "support/TemporaryFolder.h"
+#include "sync/journal/CopyJournal.h"
+#include "sync/keep/BesideNames.h"
+#include "sync/keep/KeepAside.h"
+#include "sync/workfolders/CommitGuard.h"
+#include "sync/workfolders/WorkFolders.h"
+
+#include <cerrno>
+#include <optional>
+#include <sys/stat.h>
+
+namespace vt::test {
+namespace {
+
+class TreeRealTest : public ::testing::Test {
+  protected:
+    TreeRealTest() {
+        services.guard = &guard;
+        services.staging = &guard;
+        tree.emplace(services);
+        folders.emplace(WorkFolderPaths{root, work, state.path() + "/local"},
+                        WorkFolders::Services{files, workspace, *tree, [](const std::string&) {},
+                                              [this](const std::string& line) { lines.push_back(line); },
+                                              [this] { return reporter; }, [] { return false; },
+                                              [this](const std::string& path) { left.push_back(path); },
+                                              [] { return false; }, &besides, [this] { journal.noteCommitted(); }});
+        controller->commit = [this](const std::string& folder) { return folders->processATempFolder(folder); };
+        volumes.mounted = {drive.path()};
+        EXPECT_TRUE(folders->prepare());
+        journal.beginPass({root});
+    }
+    bool sync(const std::string& name) {
+        const bool copied = tree->copyPathOntoPath(home / name, work + "/" + name, true, reporter.get());
+        return copied && folders->processTempFolders() && journal.flush().ok();
+    }
+
+    TemporaryFolder home, drive, state;
+    LinuxFiles files;
+    LinuxItemCopy copier;
+    FakeClock clock;
+    FakeDisk disk{clock};
+    DiskVolumes volumes{disk};
+    NotingFilter filter;
+    NotingLog log;
+    FakeWorkspace workspace;
+    Lines lines, left;
+    std::function<void(const std::string&)> note = [this](const std::string& line) { lines.push_back(line); };
+    std::string root = drive / "ann_box";
+    std::string work = root + "/.Z_VT_W/ID-1000";
+    std::shared_ptr<NotingController> controller = std::make_shared<NotingController>();
+    std::shared_ptr<MRLCopyErrorReporter> reporter = MRLCopyErrorReporter::create(controller, files, volumes);
+    CopyJournal journal{state / "journal",
+                        {files, files, clock, [this] { return files.flushVolume(drive.path()); }, "boot", note}};
+    KeepAside keep{drive.path(), {files, clock, [] { return true; }, note}};
+    BesideNames besides{files, root, work + ".replaced", note};
+    CommitGuard guard{root, work, {keep, besides, &journal, note}};
+    TreeOperations::Services services{files, copier, volumes, filter, log};
+    std::optional<TreeOperations> tree;
+    std::optional<WorkFolders> folders;
+};
+
+TEST_F(TreeRealTest, NewTreeArrivesWithContentDatesAndLinks) {
+    buildTree(files, files, home.path(),
+              {file("F/a", "1", Date::fromSeconds(1'000'000'000, 123'456'789), 0640), file("F/sub/deep/b", "2"),
+               link("F/link", "a"), folder("F/empty"), file("F/P.app/in/c", "3"), file("F/new\nline \xff %@ \"", "4")});
+    EXPECT_TRUE(sync("F"));
+    EXPECT_EQ(pathsOf(files, files, root + "/F"), (Lines{"P.app/", "P.app/in/", "P.app/in/c", "a", "link",
+                                                         "new\nline \xff %@ \"", "sub/", "sub/deep/", "sub/deep/b"}));
+    const auto copied = *files.attributes(root + "/F/a");
+    EXPECT_EQ(copied.modified, Date::fromSeconds(1'000'000'000, 123'456'789));
+    EXPECT_EQ(copied.mode, 0640U);
+    EXPECT_FALSE(files.attributes(work).ok());
+    EXPECT_TRUE(left.empty());
+    EXPECT_TRUE(lines.empty());
+    EXPECT_TRUE(files.listNames(state / "journal")->empty());
+}
+
+TEST_F(TreeRealTest, EditedFilesReplaceOldOnesAndStrangersAreKept) {
+    buildTree(files, files, home.path(), {file("a", "new"), file("P.rtfd/x", "new")});
+    buildTree(files, files, root, {file("a", "old", Date::fromSeconds(1000)), file("P.rtfd/y", "old")});
+    guard.expect(root + "/P.rtfd", {});
+    EXPECT_TRUE(tree->copyPathOntoPath(home / "a", work + "/a", true, reporter.get()));
+    EXPECT_TRUE(tree->copyPathOntoPath(home / "P.rtfd", work + "/P.rtfd", true, reporter.get()));
+    EXPECT_TRUE(folders->processTempFolders());
+    EXPECT_EQ(*files.read(root + "/a", 100), "new");
+    EXPECT_EQ(pathsOf(files, files, root + "/P.rtfd"), (Lines{"x"}));
+    // Nobody had announced "a".
+    EXPECT_EQ(*files.read(drive / "Archived Vantaro Backups/2013-05-21/ann_box/a", 100), "old");
+}
+
+TEST_F(TreeRealTest, TreesDeeperThanAPathMayBeLongAreCopied) {
+    const std::string name(60, 'd');
+    std::string below = "/T";
+    ASSERT_TRUE(files.makeDirectory(home.path() + below, 0755).ok());
+    for (int i = 0; i < 90; ++i) {
+        below += "/" + name;
+        ASSERT_TRUE(files.makeDirectory(home.path() + below, 0755).ok()) << i;
+    }
+    ASSERT_TRUE(files.create(home.path() + below + "/leaf", "x", 0644).ok());
+    EXPECT_TRUE(sync("T"));
+    EXPECT_EQ(*files.read(root + below + "/leaf", 100), "x");
+    EXPECT_TRUE(left.empty());
+}
+
+TEST_F(TreeRealTest, PipesAreAskedAboutAndNeverOpened) {
+    buildTree(files, files, home.path(), {file("F/a", "1")});
+    ASSERT_EQ(::mkfifo((home / "F/pipe").c_str(), 0600), 0);
+    EXPECT_TRUE(sync("F"));
+    EXPECT_EQ(controller->alerts.size(), 1U);
+    EXPECT_EQ(controller->failed, (Lines{home / "F/pipe" + std::string(" skipped")}));
+    EXPECT_EQ(pathsOf(files, files, root + "/F"), (Lines{"a"}));
+}
+
+TEST_F(TreeRealTest, ManySmallFilesInOneFolderTakeOneCommitRename) {
+    std::vector<TreeItem> items;
+    for (int i = 0; i < 500; ++i) items.push_back(file("F/" + std::to_string(i), std::to_string(i)));
+    buildTree(files, files, home.path(), items);
+    EXPECT_TRUE(sync("F"));
+    EXPECT_EQ(files.listNames(root + "/F")->size(), 500U);
+    EXPECT_EQ(controller->copied, 500U * 512);
+}
+
+} // namespace
+} // namespace vt::test
