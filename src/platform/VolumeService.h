@@ -40,6 +40,8 @@ inline constexpr const char* volumePath = "DAVolumePath";         // string
 inline constexpr const char* volumeName = "DAVolumeName";         // string
 inline constexpr const char* volumeKind = "DAVolumeKind";         // string
 inline constexpr const char* volumeUuid = "DAVolumeUUID";         // string
+// The volume's own identity, also where the file system has no UUID (FAT's serial number); stable over mounts.
+inline constexpr const char* volumeIdentity = "VTVolumeIdentity"; // string
 inline constexpr const char* volumeNetwork = "DAVolumeNetwork";   // boolean
 inline constexpr const char* mediaBsdName = "DAMediaBSDName";     // string, without "/dev/"
 inline constexpr const char* mediaContent = "DAMediaContent";     // string
@@ -71,7 +73,8 @@ class VolumeService {
     // Starts the events: what is there already is reported as appeared, from the run loop, never inside the call.
     virtual void startObserving(VolumeObserver& observer) = 0;
     virtual void stopObserving() = 0;
-    // Takes a plain folder as a folder drive (or lets it go). An event follows. Errors: ENOTDIR, ENOENT, EACCES.
+    // Takes a plain folder as a folder drive (or lets it go). An event follows. Errors: ENOTDIR, EACCES; ENOENT: it is
+    // not there now, but is remembered until it is removed, and its arrival is reported.
     [[nodiscard]] virtual Result<void> addFolderDrive(const std::string& path) = 0;
     virtual void removeFolderDrive(const std::string& path) = 0;
     // Unmounts a volume, or lets a folder drive go; the event follows. EBUSY while anything is open on it, EPERM.

@@ -1,0 +1,207 @@
+#include "platform/linux/volumes/LinuxVolumes.h"
+
+#include "base/Paths.h"
+#include "platform/linux/volumes/DiskDescriptions.h"
+#include "platform/linux/volumes/FileSystemTraits.h"
+#include "platform/linux/volumes/FolderDrives.h"
+#include "platform/linux/volumes/NetworkShares.h"
+#include "platform/linux/volumes/TimedCall.h"
+#include "platform/linux/volumes/Unmount.h"
+#include "platform/linux/volumes/VolumeLook.h"
+#include "platform/linux/volumes/VolumeMonitor.h"
+#include "platform/linux/volumes/VolumeSurvey.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vt {
+
+struct LinuxVolumes::Core {
+    explicit Core(LinuxVolumesSettings with) : settings(with), calls(with.answerLimit), unmounts(with.unmountLimit) {}
+    LinuxVolumesSettings settings;
+    FolderDrives folders;
+    TimedCalls calls;
+    TimedCalls unmounts;
+
+    [[nodiscard]] Result<VolumeLook> look(const std::string& path);
+};
+
+// Only a share or a program's file system may take its time; everything else is asked directly.
+Result<VolumeLook> LinuxVolumes::Core::look(const std::string& path) {
+    const auto table = readMountTable();
+    const MountEntry* mount = table ? mountAbove(*table, paths::clean(path)) : nullptr;
+    if (!mount) return lookAtVolume(path);
+    const bool mayHang =
+        mount->type.starts_with("fuse") || fileSystemTraits(mount->type).nature == FileSystemNature::network;
+    if (!mayHang) return lookAtVolume(path);
+    return calls.run<VolumeLook>(mount->target, [path] { return lookAtVolume(path); });
+}
+
+// The helper thread and the way of its events to the observer.
+class LinuxVolumes::Watch {
+  public:
+    Watch(RunLoop& runLoop, std::shared_ptr<Core> core, VolumeObserver& observer)
+        : _runLoop(runLoop), _core(std::move(core)), _survey(_core->folders, _core->calls),
+          _inbox(std::make_shared<Inbox>(Inbox{&observer})),
+          _monitor([this] { return look(); }, _core->settings.lookInterval) {}
+    ~Watch() { _inbox->observer = nullptr; } // what is under way is dropped
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+    void lookAgain() { _monitor.lookAgain(); }
+
+  private:
+    struct Inbox {
+        VolumeObserver* observer; // main thread
+    };
+
+    // On the monitor's thread.
+    bool look() {
+        const auto forgotten = _core->folders.takeForgotten();
+        const VolumeSnapshot& now = _survey.look();
+        auto events = _isFirst ? firstVolumeEvents(now) : volumeEvents(_before, now, forgotten);
+        _isFirst = false;
+        _before = now;
+        if (!events.empty())
+            _runLoop.performLater([inbox = _inbox, events = std::move(events)] { deliver(*inbox, events); });
+        return _survey.mustPoll();
+    }
+
+    static void deliver(const Inbox& inbox, const std::vector<VolumeEvent>& events) {
+        for (const VolumeEvent& event : events) {
+            if (!inbox.observer) return; // it may stop inside an event
+            switch (event.what) {
+            case VolumeEvent::What::appeared:
+                inbox.observer->diskAppeared(event.description);
+                break;
+            case VolumeEvent::What::disappeared:
+                inbox.observer->diskDisappeared(event.description);
+                break;
+            case VolumeEvent::What::changed:
+                inbox.observer->diskDescriptionChanged(event.description);
+                break;
+            }
+        }
+    }
+
+    RunLoop& _runLoop;
+    std::shared_ptr<Core> _core;
+    VolumeSurvey _survey; // monitor's thread, as the two below
+    VolumeSnapshot _before;
+    bool _isFirst = true;
+    std::shared_ptr<Inbox> _inbox;
+    VolumeMonitor _monitor; // last: its thread ends before everything that it uses
+};
+
+LinuxVolumes::LinuxVolumes(RunLoop& runLoop, LinuxVolumesSettings settings)
+    : _runLoop(runLoop), _core(std::make_shared<Core>(settings)) {}
+
+LinuxVolumes::~LinuxVolumes() = default;
+
+Result<VolumeStat> LinuxVolumes::statVolume(const std::string& path) {
+    const auto look = _core->look(path);
+    if (!look) return look.error();
+    const MountEntry& mount = look->mount;
+    const std::string type = resolvedType(mount);
+    VolumeStat stat;
+    stat.mountedOn = mount.target;
+    stat.mountedFrom = mount.source;
+    stat.typeName = fileSystemTraits(type).statName;
+    stat.totalBytes = look->totalBytes;
+    stat.freeBytes = look->freeBytes;
+    stat.readOnly = look->readOnly;
+    const std::string shareFolder =
+        mount.type == "fuse.gvfsd-fuse" ? desktopShareFolder(look->realPath, mount.target) : "";
+    if (const auto folder = _core->folders.owner(look->realPath)) {
+        stat.mountedOn = folder->path;
+        stat.mountedFrom = "/dev/" + folder->bsdName;
+    } else if (const auto device = blockDeviceOf(mount)) {
+        stat.mountedFrom = "/dev/" + device->bsdName();
+    } else if (!shareFolder.empty()) {
+        stat.mountedOn = shareFolder;
+        stat.mountedFrom = shareOfDesktopEntry(paths::lastComponent(shareFolder)).value_or(mount.source);
+    } else if (stat.typeName == "smbfs") {
+        stat.mountedFrom = shareOfKernelMount(mount);
+    }
+    return stat;
+}
+
+DestinationCapabilities LinuxVolumes::capabilities(const std::string& path) {
+    const auto look = _core->look(path);
+    if (!look) return {};
+    const std::string type = resolvedType(look->mount);
+    DestinationCapabilities can = fileSystemTraits(type).capabilities;
+    if (look->foldsCase) can.caseSensitive = false;
+    // Small inodes of the ext family have no room for birth times and fractions of a second.
+    constexpr std::int64_t second = 1'000'000'000;
+    if (type.starts_with("ext") && !look->keepsBirthTimes) can.dateGranularity = second;
+    return can;
+}
+
+std::vector<std::string> LinuxVolumes::mountedVolumes() {
+    std::vector<std::string> volumes;
+    const auto table = readSettledMountTable();
+    if (!table) return volumes;
+    for (const auto& [key, mount] : VolumeSurvey::disks(*table, {})) volumes.push_back(mount.target);
+    for (const ShareMount& share : VolumeSurvey::shares(*table, _core->calls).shares)
+        volumes.push_back(share.mountPoint);
+    for (const MountEntry& mount : *table) {
+        const FileSystemNature nature = fileSystemTraits(mount.type).nature;
+        const bool plain = nature == FileSystemNature::memory || nature == FileSystemNature::user;
+        const bool onDevice = blockDeviceOf(mount).has_value();
+        if (plain && !onDevice && !isSystemMountPoint(mount.target)) volumes.push_back(mount.target);
+    }
+    for (const FolderDrive& drive : _core->folders.refresh(*table)) volumes.push_back(drive.path);
+    std::sort(volumes.begin(), volumes.end());
+    volumes.erase(std::unique(volumes.begin(), volumes.end()), volumes.end());
+    return volumes;
+}
+
+std::optional<Value::Dictionary> LinuxVolumes::describe(const std::string& mountPoint) {
+    const std::string path = paths::clean(mountPoint);
+    if (const auto folder = _core->folders.at(path)) return describeFolder(*folder);
+    const auto table = readSettledMountTable();
+    if (!table) return std::nullopt;
+    const MountEntry* above = mountAbove(*table, path);
+    if (above && above->type == "fuse.gvfsd-fuse" && desktopShareFolder(path, above->target) == path)
+        if (const auto share = shareOfDesktopEntry(paths::lastComponent(path))) return describeShare(path, *share);
+    const MountEntry* mount = mountAt(*table, path);
+    if (!mount) return std::nullopt;
+    if (const auto device = blockDeviceOf(*mount)) {
+        const auto description = _core->calls.run<Value::Dictionary>(
+            "description of " + path, [entry = *mount, device] { return describeDisk(entry, *device); });
+        return description ? std::optional(*description) : std::nullopt;
+    }
+    if (fileSystemTraits(mount->type).statName == "smbfs") return describeShare(path, shareOfKernelMount(*mount));
+    return std::nullopt;
+}
+
+void LinuxVolumes::startObserving(VolumeObserver& observer) {
+    _watch.reset();
+    _watch = std::make_unique<Watch>(_runLoop, _core, observer);
+}
+
+void LinuxVolumes::stopObserving() {
+    _watch.reset();
+}
+
+Result<void> LinuxVolumes::addFolderDrive(const std::string& path) {
+    auto added = _core->folders.add(path);
+    if (_watch) _watch->lookAgain();
+    return added;
+}
+
+void LinuxVolumes::removeFolderDrive(const std::string& path) {
+    _core->folders.remove(path);
+    if (_watch) _watch->lookAgain();
+}
+
+Result<void> LinuxVolumes::unmount(const std::string& mountPoint) {
+    const std::string path = paths::clean(mountPoint);
+    if (_core->folders.at(path)) {
+        removeFolderDrive(path);
+        return {};
+    }
+    return _core->unmounts.run<void>(path, [path] { return unmountVolume(path); });
+}
+
+} // namespace vt
