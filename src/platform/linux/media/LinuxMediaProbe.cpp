@@ -12,6 +12,7 @@ extern "C" {
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <mutex>
 
 namespace vt {
@@ -25,6 +26,16 @@ constexpr int bufferSize = 32 << 10;
 constexpr const char* demuxers = "mov,mp4,m4a,3gp,3g2,mj2,avi,wav,aiff,au,aac,mp3,amr,ac3";
 // Only these decoders are ever opened, to learn a picture's size or a rate that the container does not tell.
 constexpr const char* decoders = "h264,mpeg4,h263,mjpeg,png,aac,mp3float,mp3,amrnb,ac3";
+
+// The average counts the gaps at the ends of a short file in; the even rate of the packets is nearer where both agree
+// roughly, and meaningless where the rate varies.
+double shownRate(const AVStream& stream) {
+    constexpr double roughly = 0.1;
+    const double average = stream.avg_frame_rate.den > 0 ? av_q2d(stream.avg_frame_rate) : 0;
+    const double even = stream.r_frame_rate.den > 0 ? av_q2d(stream.r_frame_rate) : 0;
+    if (average <= 0) return std::max(even, 0.0);
+    return std::abs(even - average) <= roughly * average ? even : average;
+}
 
 // One look at one file: the demuxer's context over the bytes that are there.
 class Look {
@@ -180,12 +191,12 @@ MediaTrack Look::track(const AVStream& stream) const {
     if (stream.time_base.num > 0) track.timeScale = 1 / av_q2d(stream.time_base);
     track.displayDuration = std::max<std::int64_t>(stream.duration, 0);
     track.sampleCount = static_cast<std::uint64_t>(std::max<std::int64_t>(stream.nb_frames, 0));
-    const bool isCounted = track.sampleCount > 0 && track.displayDuration > 0;
-    if (!isCounted && stream.avg_frame_rate.num > 0 && stream.avg_frame_rate.den > 0) {
-        // Fragmented: one second of the rate that its first packets show.
-        track.timeScale = stream.avg_frame_rate.num;
-        track.displayDuration = stream.avg_frame_rate.den;
-        track.sampleCount = 1;
+    if (track.sampleCount == 0 || track.displayDuration == 0) {
+        // Not counted in the header: one second at the rate that the first packets show.
+        const double rate = shownRate(stream);
+        track.timeScale = rate;
+        track.displayDuration = 1;
+        track.sampleCount = rate > 0 ? 1 : 0;
     }
     return track;
 }
