@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t recordsBetweenSaves = 1000;
 constexpr std::uint64_t largestFile = 8ULL << 20U; // bytes; a full cache stays below
-constexpr std::uint32_t fileMode = 0600;            // it tells which files a user has
+constexpr std::uint32_t fileMode = 0600;           // it tells which files a user has
 
 } // namespace
 
