@@ -19,10 +19,12 @@ class SystemIdentity {
     [[nodiscard]] virtual std::optional<std::string> ethernetAddress() const = 0;
     enum class UserFolder : std::uint8_t { movies, music, pictures };
     [[nodiscard]] virtual std::optional<std::string>
-    userFolder(UserFolder folder) const = 0;                  // absolute; null when not there
+    userFolder(UserFolder folder) const = 0; // absolute; null when not there
     // The version that chooses between older and newer roads of the platform: 0x1080, "10.8". Null: the query failed.
     [[nodiscard]] virtual std::optional<std::int32_t> systemVersion() const { return 0x1080; }
     [[nodiscard]] virtual std::string productVersion() const { return "10.8"; }
+    // The same text exactly until the computer starts again; "" where that is unknown.
+    [[nodiscard]] virtual std::string bootId() const { return {}; }
     [[nodiscard]] virtual std::string configHome() const = 0; // $XDG_CONFIG_HOME or its default
     [[nodiscard]] virtual std::string dataHome() const = 0;
     [[nodiscard]] virtual std::string stateHome() const = 0;

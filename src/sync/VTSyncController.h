@@ -17,10 +17,14 @@
 #include "platform/RunLoop.h"
 #include "platform/SystemIdentity.h"
 #include "platform/VolumeService.h"
+#include "platform/WorkerThreads.h"
 #include "platform/Workspace.h"
 #include "sync/SyncHost.h"
+#include "sync/SyncProcess.h"
+#include "sync/progress/ProgressWindow.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,6 +33,9 @@
 namespace vt {
 
 class FSNamesAndTags;
+class MediaServices;
+class MRLErrorReporter;
+class ShellCommands;
 
 // Everything a controller needs from outside; one set serves all controllers and outlives them.
 struct SyncServices {
@@ -44,6 +51,20 @@ struct SyncServices {
     AlertPanel& alerts;
     const ExclusionTables& exclusions;
     FSNamesAndTags& fileSystems;
+    // What follows may be left out.
+    WorkerThreads* threads = nullptr;                                     // none: threads of the language's own library
+    MediaServices* media = nullptr;                                       // none: no media file is valid
+    ShellCommands* shell = nullptr;                                       // none: no command can be started
+    std::function<std::unique_ptr<ProgressWindow>()> progressWindow = {}; // empty: no window
+    std::shared_ptr<SyncProcess> process = std::make_shared<SyncProcess>();
+};
+
+// The wireless drive whose share a controller serves. Thread: any.
+class ConnectedDrive {
+  public:
+    virtual ~ConnectedDrive() = default;
+    [[nodiscard]] virtual std::string name() const = 0;
+    [[nodiscard]] virtual int connectionStatus() const = 0; // 0: the connection is down
 };
 
 class VTSyncController : public ValidatorOwner, public std::enable_shared_from_this<VTSyncController> {
@@ -76,6 +97,7 @@ class VTSyncController : public ValidatorOwner, public std::enable_shared_from_t
     void removeDriveSync();
     void updateSyncList(const std::vector<std::string>& list);
     void driveDisappeared();
+    void queueDeath(); // "death" alone, when the process ends
     void setContinuousSyncState(bool enabled);
     void setSyncMoviesState(bool enabled);
     void setSyncMusicState(bool enabled);
@@ -91,6 +113,12 @@ class VTSyncController : public ValidatorOwner, public std::enable_shared_from_t
     [[nodiscard]] bool syncInProgress() const;
     [[nodiscard]] bool continuousSyncInProgress() const;
     [[nodiscard]] bool windowShouldClose() const;
+    struct MenuItem {
+        bool enabled = true;
+        bool checked = false;
+    };
+    // `action` is the selector that the item sends.
+    [[nodiscard]] MenuItem validateUserInterfaceItem(const std::string& action) const;
     // A sync: of this controller is scheduled for later: a pending cancel mark must wait for it.
     void syncWasScheduled();
     void scheduledSyncEnded();
@@ -118,6 +146,10 @@ class VTSyncController : public ValidatorOwner, public std::enable_shared_from_t
     [[nodiscard]] VTConfigurationFile& deviceConfiguration() const;
 
     // The drive.
+    [[nodiscard]] std::string serialNumber() const;
+    void setSerialNumber(const std::string& serial);
+    void setNetService(std::shared_ptr<ConnectedDrive> service); // null: not wireless
+    void netServiceBecameUnreachable(const std::string& name);   // any thread
     [[nodiscard]] const std::string& deviceMountPoint() const;
     [[nodiscard]] const std::string& deviceVendor() const;
     [[nodiscard]] std::optional<std::string> deviceUUIDString() const;
@@ -144,13 +176,20 @@ class VTSyncController : public ValidatorOwner, public std::enable_shared_from_t
     void setProgressActivePath(const std::string* path);
     [[nodiscard]] Value::Dictionary getCurrentProgressDict(); // a copy taken at this moment
 
+    // The copy reporter; without one, after a sync, a new one per call.
+    [[nodiscard]] std::shared_ptr<MRLErrorReporter> errorReporter();
+
     // For the tests and the end of the process: true once the worker has ended (or never started).
     [[nodiscard]] bool workerEnded() const;
+    // For the tests: the worker never starts by itself, and each call plays one of its rounds. False: it has ended.
+    void playWorkerByHand();
+    bool playRound();
+
+    struct Parts; // the collaborators; the worker holds them too
+    explicit VTSyncController(std::shared_ptr<Parts> parts);
 
   private:
-    struct Parts; // the collaborators
-    explicit VTSyncController(std::unique_ptr<Parts> parts);
-    std::unique_ptr<Parts> _parts;
+    std::shared_ptr<Parts> _parts;
 };
 
 } // namespace vt

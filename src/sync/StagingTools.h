@@ -1,0 +1,86 @@
+// Everything with which a drive's worker stages copies, commits them and protects what they replace, built once and
+// wired to each other. Thread: the drive's worker. Owns: the tools; the services outlive it.
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/DriveFiles.h"
+#include "platform/VolumeService.h"
+#include "platform/Workspace.h"
+#include "sync/CancelMark.h"
+#include "sync/SyncPaths.h"
+#include "sync/SyncProcess.h"
+#include "sync/WorkerDelegate.h"
+#include "sync/compare/PassFilter.h"
+#include "sync/journal/CopyJournal.h"
+#include "sync/keep/BesideNames.h"
+#include "sync/keep/KeepAside.h"
+#include "sync/report/MRLCopyErrorReporter.h"
+#include "sync/report/MRLDeleteErrorReporter.h"
+#include "sync/tree/TreeOperations.h"
+#include "sync/workfolders/CommitGuard.h"
+#include "sync/workfolders/WorkFolders.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vt {
+
+class StagingTools {
+  public:
+    struct Services {
+        DriveFiles& drive;
+        VolumeService& volumes;
+        Workspace& workspace;
+        const Clock& clock;
+        const CancelMark& cancel;
+        SyncProcess& process;
+        SyncFeedback& log;
+        std::shared_ptr<WorkerDelegate> delegate;
+        const SyncPaths& paths;
+        std::string journalFolder;
+        std::string bootId;
+        std::function<bool(const std::string&)> knownToFail;       // a path on the computer
+        std::function<void(const std::string& staged)> leftBehind; // the commit did not move it
+    };
+    explicit StagingTools(Services services);
+
+    // Takes what holds for one pass: the drive's abilities, the served roots, the wish to set things aside.
+    void beginPass(bool keepAside);
+    [[nodiscard]] const DestinationCapabilities& capabilities() const { return _capabilities; }
+    [[nodiscard]] bool isServedRoot(const FileAttributes& folder) const;
+    [[nodiscard]] ClosedFolder closed() const {
+        return [this](const FileAttributes& folder) { return isServedRoot(folder); };
+    }
+
+    [[nodiscard]] PassFilter& filter() { return _filter; }
+    [[nodiscard]] TreeOperations& tree() { return _tree; }
+    [[nodiscard]] WorkFolders& folders() { return _folders; }
+    [[nodiscard]] CommitGuard& guard() { return _guard; }
+    [[nodiscard]] CopyJournal& journal() { return _journal; }
+    [[nodiscard]] KeepAside& keepAside() { return _keepAside; }
+
+    // The copy reporter; without one a new one per call, which is not kept.
+    [[nodiscard]] std::shared_ptr<MRLCopyErrorReporter> errorReporter();
+    [[nodiscard]] std::shared_ptr<MRLDeleteErrorReporter> deleteReporter() const { return _deleteReporter; }
+    void clearReporters();
+
+  private:
+    Services _services;
+    bool _wantsKeepAside = true;
+    DestinationCapabilities _capabilities;
+    std::vector<SyncProcess::Root> _servedRoots;
+    std::function<void(const std::string&)> _logLine;
+    PassFilter _filter;
+    CopyJournal _journal;
+    KeepAside _keepAside;
+    BesideNames _besides;
+    CommitGuard _guard;
+    TreeOperations _tree;
+    WorkFolders _folders;
+    std::shared_ptr<MRLCopyErrorReporter> _copyReporter;
+    std::shared_ptr<MRLDeleteErrorReporter> _deleteReporter;
+};
+
+} // namespace vt

@@ -1,0 +1,228 @@
+#include "sync/SyncPass.h"
+
+#include "base/LogSink.h"
+#include "base/Paths.h"
+#include "sync/compare/ComputerSnapshot.h"
+#include "sync/compare/ItemComparison.h"
+#include "sync/process/ScanResultsProcessor.h"
+#include "sync/queue/TaskRecord.h"
+#include "sync/workfolders/SpaceCheck.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vt {
+
+SyncPass::SyncPass(Services services) : _services(std::move(services)) {}
+
+void SyncPass::threadDoSync(const std::optional<std::vector<std::string>>& paths) {
+    if (_bSyncInProgress) {
+        if (paths) _services.requeue(*paths);
+        return;
+    }
+    _services.progress.setActivityType(activity::settingUp);
+    _services.notify();
+    _bDoingContinuousSync = paths.has_value();
+    syncThreadBasicSetup();
+    bool success = false;
+    if (syncThreadPrepareFolders()) {
+        _services.progress.setActivityType(activity::syncing);
+        _services.notify();
+        if (syncThreadSyncItems(paths)) {
+            success = true;
+            syncThreadFinishSync();
+        }
+    }
+    _services.progress.setActivityType(activity::finishing);
+    _services.notify();
+    settle();
+    syncThreadCleanupAfterSync();
+    // A drive that has gone has nothing that could be called complete.
+    _services.report.syncThreadReportResults(success && !_services.drive.isGone(), _bDoingContinuousSync);
+    _services.report.logSummary(_tally);
+    _services.progress.initForNewJob();
+    _services.log.mainThreadUpdateProgressDialog(false, -2000);
+    _bSyncInProgress = false;
+    _bDoingContinuousSync = false;
+}
+
+void SyncPass::syncThreadBasicSetup() {
+    _services.log.readDebugFlag();
+    _tally = {};
+    _walked = false;
+    _stamped = false;
+    _committed = false;
+    _leftBehind = false;
+    _start = _services.clock.now();
+    // One look at the list: it may be replaced while the pass runs.
+    _syncItems = _services.configuration.syncItemList().value_or(std::vector<std::string>());
+    _services.log.debugLine("-sync: items to sync: \"%@\".", Value(arrayOfStrings(_syncItems)));
+    _services.log.logLine("Synchronizing \"%1$@\"...", _services.delegate.displayNameAtPath(_services.paths.target()));
+    _services.progress.initForNewJob();
+    _services.tools.beginPass(_services.wantsKeepAside());
+    _services.tools.filter().beginPass(_services.validator(), _services.fsLimit4G());
+    _services.owed.beginPass(_start, _syncItems, filterText());
+}
+
+std::string SyncPass::filterText() const {
+    const VTConfigurationFile& configuration = _services.configuration;
+    std::string text;
+    text += configuration.isSyncMoviesEnabledForUser() ? 'm' : '-';
+    text += configuration.isSyncMusicEnabledForUser() ? 'a' : '-';
+    text += configuration.isSyncPicturesEnabledForUser() ? 'p' : '-';
+    text += configuration.isSyncDocumentsEnabledForUser() ? 'd' : '-';
+    return text + std::to_string(configuration.getSyncDeviceFilterForUser());
+}
+
+bool SyncPass::syncThreadPrepareFolders() {
+    _scanResults.clearScanResults();
+    return _services.tools.folders().prepare();
+}
+
+bool SyncPass::syncThreadSyncItems(const std::optional<std::vector<std::string>>& paths) {
+    _scanResults.clearScanResults();
+    const std::vector<ChosenItem> items =
+        paths ? chooseChangedItems(*paths, _syncItems, _services.paths.home()) : chooseAllItems(_syncItems);
+    if (paths && items.empty()) return true;
+    _services.owed.setChosen(items);
+    if (!compareItems(items)) return false;
+    return processScanResults();
+}
+
+bool SyncPass::compareItems(const std::vector<ChosenItem>& items) {
+    _finalPaths.clear();
+    for (const ChosenItem& item : items) _finalPaths.push_back(_services.paths.drive(item.path));
+    const CopyDoubts doubts(_services.tools.journal().beginPass(_finalPaths));
+
+    ComputerSnapshot snapshot(_services.files, _services.tools.closed(), [this] { return _services.cancel.pending(); });
+    std::vector<std::uint32_t> roots;
+    for (const ChosenItem& item : items) roots.push_back(snapshot.add(_services.paths.local(item.path)));
+    if (snapshot.truncated()) return false;
+    determineTotalSync(snapshot, roots);
+    if (!_bDoingContinuousSync) _services.log.mainThreadUpdateProgressDialog(true, 0);
+
+    const DestinationCapabilities& drive = _services.tools.capabilities();
+    OwedPass owed(_services.owed.record(), _start, drive.dateGranularity);
+    _previousSyncTime = _services.lastSyncTime.get();
+    ItemComparison comparison({_services.files, _services.paths, snapshot, _services.tools.filter(), _services.cancel,
+                               _scanResults, _services.progress, _services.log, _tally, owed, &doubts},
+                              NameRule(drive.caseSensitive), _previousSyncTime);
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const std::string local = _services.paths.local(items[i].path);
+        _services.log.logLine("Processing \"%@\".", paths::displayText(paths::lastComponent(local)));
+        if (liesOnOwnDrive(local)) {
+            _services.log.logLine("\"%@\" lies on its own drive and is left out.", paths::displayText(local));
+            continue;
+        }
+        owed.beginItem(items[i].item);
+        if (!comparison.syncThreadSyncItem(items[i].path, roots[i])) {
+            _services.log.logLine("The synchronization stopped at \"%@\".", paths::displayText(local));
+            return false;
+        }
+    }
+    comparison.addOwedEntries();
+    _walked = !_services.cancel.pending();
+    return true;
+}
+
+void SyncPass::determineTotalSync(const ComputerSnapshot& snapshot, const std::vector<std::uint32_t>& roots) {
+    std::uint64_t total = 0;
+    for (const std::uint32_t root : roots)
+        if (root != ComputerSnapshot::none) total += snapshot.estimate(root);
+    _services.progress.setTotalSync(total);
+    systemLog(formatText("Initial Progress Dictionary: %@", {Value(_services.progress.getCurrentProgressDict())}));
+}
+
+// Compared by identity all the way up, so that no other spelling of the path gets past.
+bool SyncPass::liesOnOwnDrive(const std::string& local) {
+    if (paths::isAtOrBelow(local, _services.paths.target())) return true;
+    const auto root = _services.files.attributes(_services.paths.target());
+    if (!root) return false;
+    for (std::string path = local; path.size() > 1; path = paths::parent(path)) {
+        const auto folder = _services.files.attributesFollowing(path);
+        if (folder && folder->device == root->device && folder->inode == root->inode) return true;
+    }
+    return false;
+}
+
+bool SyncPass::processScanResults() {
+    announceReplacements();
+    const auto logLine = [this](const std::string& text) { _services.log.logMessage(text); };
+    std::uint64_t needed = 0;
+    for (const ScanEntry& entry : _scanResults.entries())
+        if (entry.syncActionEnabled && entry.actionToPerform == action::toDrive)
+            needed += static_cast<std::uint64_t>(entry.localFileSize.value_or(0));
+    checkSpaceForStaging(_services.volumes, _services.paths.target(), needed, logLine);
+
+    ScanResultsProcessor processor(
+        {_services.files, _services.tools.tree(), _services.markers, _services.tools.filter(),
+         _services.tools.keepAside(), _services.cancel, _services.lastSyncTime, _services.clock, _tally,
+         _services.hostUserId,
+         [this]() -> std::shared_ptr<MRLErrorReporter> { return _services.tools.errorReporter(); }, logLine,
+         [this](const std::string& path) { return _services.owed.record().knownToFail(path); },
+         [this] {
+             // First what may still be lost, then the drive itself, then the date that vouches for both.
+             _stamped = _services.owed.writeMarks(_scanResults, _tally) && _services.tools.journal().flush().ok();
+             return _stamped;
+         }});
+    return processor.processScanResults(_scanResults);
+}
+
+// The commit replaces what the comparison saw; anything else that it finds in a place is set aside first.
+void SyncPass::announceReplacements() {
+    for (const ScanEntry& entry : _scanResults.entries()) {
+        if (entry.actionToPerform != action::toDrive || !entry.pushkeyFileModDate) continue;
+        SeenOnDrive seen;
+        seen.changedOnBothSides = entry.syncEntryType == entrytype::changedOnBothSides;
+        if (!entry.package) {
+            seen.modified = entry.pushkeyFileModDate;
+            if (entry.pushkeyFileSize) seen.size = static_cast<std::uint64_t>(*entry.pushkeyFileSize);
+        }
+        _services.tools.guard().expect(entry.drivePath, seen);
+    }
+}
+
+void SyncPass::syncThreadFinishSync() {
+    (void)_services.tools.folders().processTempFolders();
+    _committed = !_leftBehind && _services.tools.journal().flush().ok();
+    if (!_leftBehind || !_stamped) return;
+    _services.log.logLine("Not everything reached its place on \"%@\"; the next synchronization tries again.",
+                          _services.delegate.displayNameAtPath(_services.paths.target()));
+    _services.lastSyncTime.restore(_previousSyncTime);
+}
+
+void SyncPass::settle() {
+    const bool walked = _walked && !_services.cancel.pending();
+    // Nothing was compared at all: there is nothing to note.
+    if (!walked && _scanResults.numEntries() == 0 && _tally.leftOut.empty()) return;
+    const bool committed = _committed && !_services.drive.isGone();
+    _services.owed.settle(_scanResults, _tally, walked, committed);
+    if (walked && committed && _tally.failedOrSkipped == 0) _services.tools.journal().settle(_finalPaths);
+}
+
+void SyncPass::syncThreadCleanupAfterSync() {
+    (void)_services.tools.folders().deleteTempFolders();
+    _scanResults.clearScanResults();
+    _services.tools.clearReporters();
+    systemLog(formatText("Final Progress Dictionary: %@", {Value(_services.progress.getCurrentProgressDict())}));
+    _services.notify();
+}
+
+std::string SyncPass::computerPathOf(const std::string& staged) const {
+    for (const ScanEntry& entry : _scanResults.entries()) {
+        if (!paths::isAtOrBelow(staged, entry.pushkeyPath)) continue;
+        return entry.computerPath + staged.substr(entry.pushkeyPath.size());
+    }
+    return staged;
+}
+
+void SyncPass::leftBehind(const std::string& staged) {
+    _leftBehind = true;
+    _tally.fail(computerPathOf(staged), OwedReason::staged);
+}
+
+void SyncPass::leftOut(const std::string& source, OwedReason reason) {
+    _tally.fail(computerPathOf(source), reason);
+}
+
+} // namespace vt

@@ -1,0 +1,100 @@
+// One sync after the other: prepares, compares, carries out, commits, records, reports. Every step of a drive's sync
+// passes through here, on the drive's worker alone. Thread: the drive's worker; the flags on any.
+// Owns: the scan results and what one pass finds. Errors: a pass that fails says so in the log and in its progress.
+#pragma once
+
+#include "config/VTConfigurationFile.h"
+#include "platform/Clock.h"
+#include "platform/DriveRoot.h"
+#include "platform/FileService.h"
+#include "sync/LastSyncTime.h"
+#include "sync/StagingTools.h"
+#include "sync/SyncPaths.h"
+#include "sync/SyncReport.h"
+#include "sync/compare/ItemChoice.h"
+#include "sync/compare/PassTally.h"
+#include "sync/compare/ScanResults.h"
+#include "sync/owed/OwedBook.h"
+#include "sync/process/DeletionMarkers.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vt {
+
+class ComputerSnapshot;
+
+class SyncPass {
+  public:
+    struct Services {
+        FileService& files;
+        FileContents& contents;
+        PropertyLists& propertyLists;
+        VolumeService& volumes;
+        const Clock& clock;
+        const DriveRoot& drive;
+        VTConfigurationFile& configuration;
+        const SyncPaths& paths;
+        StagingTools& tools;
+        DeletionMarkers& markers;
+        LastSyncTime& lastSyncTime;
+        SyncProgress& progress;
+        SyncFeedback& log;
+        CancelMark& cancel;
+        WorkerDelegate& delegate;
+        OwedBook& owed;
+        SyncReport report;
+        std::string hostUserId;
+        std::function<void()> notify;
+        std::function<std::shared_ptr<VTFileValidator>()> validator;
+        std::function<bool()> fsLimit4G;
+        std::function<bool()> wantsKeepAside; // the user default, read anew
+        std::function<void(const std::vector<std::string>&)> requeue;
+    };
+    explicit SyncPass(Services services);
+
+    void threadDoSync(const std::optional<std::vector<std::string>>& paths);
+    [[nodiscard]] bool syncInProgress() const { return _bSyncInProgress.load(); }
+    [[nodiscard]] bool doingContinuousSync() const { return _bDoingContinuousSync.load(); }
+    [[nodiscard]] ScanResults& scanResults() { return _scanResults; }
+    // A staged item that stays where it is; and a path on the computer that was left out.
+    void leftBehind(const std::string& staged);
+    void leftOut(const std::string& source, OwedReason reason);
+    [[nodiscard]] PassTally& tally() { return _tally; }
+
+  private:
+    void syncThreadBasicSetup();
+    bool syncThreadPrepareFolders();
+    bool syncThreadSyncItems(const std::optional<std::vector<std::string>>& paths);
+    bool compareItems(const std::vector<ChosenItem>& items);
+    bool processScanResults();
+    void syncThreadFinishSync();
+    void settle();
+    void syncThreadCleanupAfterSync();
+    void determineTotalSync(const ComputerSnapshot& snapshot, const std::vector<std::uint32_t>& roots);
+    void announceReplacements();
+    [[nodiscard]] bool liesOnOwnDrive(const std::string& local);
+    [[nodiscard]] std::string filterText() const;
+    [[nodiscard]] std::string computerPathOf(const std::string& staged) const;
+
+    Services _services;
+    // Cleared with every sync and set nowhere: the queue keeps syncs apart.
+    std::atomic<bool> _bSyncInProgress{false};
+    std::atomic<bool> _bDoingContinuousSync{false};
+    ScanResults _scanResults;
+    PassTally _tally;
+    std::vector<std::string> _syncItems;
+    std::vector<std::string> _finalPaths; // of the items compared, on the drive
+    std::optional<Date> _previousSyncTime;
+    Date _start;
+    bool _walked = false;
+    bool _stamped = false;
+    bool _committed = false;
+    bool _leftBehind = false;
+};
+
+} // namespace vt

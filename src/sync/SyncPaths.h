@@ -1,0 +1,48 @@
+// The paths that a sync uses, formed from the drive's mount point, the user and the computer. Thread: any; nothing is
+// kept that changes. Units: absolute raw-byte paths; sync items as in the sync list.
+#pragma once
+
+#include "base/Paths.h"
+#include "platform/SystemIdentity.h"
+#include "platform/VolumeService.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vt {
+
+class SyncPaths {
+  public:
+    SyncPaths(std::string mountPoint, std::optional<std::string> uuid, std::string hostUserId,
+              const SystemIdentity& system);
+
+    [[nodiscard]] const std::string& target() const { return _mountPoint; } // pathForPushkeyTarget
+    [[nodiscard]] std::string driveWork() const;                            // pathForPushkeyTemp
+    [[nodiscard]] std::string localWork() const;                            // pathForLocalTemp
+    [[nodiscard]] std::string scanResults() const;                          // pathForScanResults
+    // The drive-side relative form: computers and users stay apart for items in the home folder and on other volumes.
+    [[nodiscard]] std::string segment(const std::string& item) const; // pathSegmentFromSyncItem
+    // The item's place on the computer: "~" expanded, anything else taken below "/".
+    [[nodiscard]] std::string local(const std::string& item) const;
+    [[nodiscard]] std::string drive(const std::string& item) const; // the copy's place on the drive
+    // An item at or below one of `volumeRoots` in the form "/Volumes/<name>/…", everything else unchanged.
+    [[nodiscard]] static std::string volumesForm(const std::string& item, const std::vector<std::string>& volumeRoots);
+    // The roots of removable volumes at this moment, folder drives and the drive itself left out.
+    [[nodiscard]] static std::vector<std::string> removableRoots(VolumeService& volumes, const std::string& drive);
+    void setVolumeRoots(std::vector<std::string> roots) { _volumeRoots = std::move(roots); } // once, at creation
+    [[nodiscard]] const HomePaths& home() const { return _home; }
+
+  private:
+    std::string _mountPoint;
+    std::string _workName; // the computer-side work folder's own name
+    std::string _hostUserId;
+    std::string _userName;
+    std::string _machineName;
+    std::uint32_t _userId;
+    HomePaths _home;
+    std::vector<std::string> _volumeRoots;
+};
+
+} // namespace vt

@@ -1,0 +1,24 @@
+// Which items a pass compares. Thread: any; pure. Units: sync items and paths, abbreviated with "~" in the home folder.
+#pragma once
+
+#include "base/Paths.h"
+
+#include <string>
+#include <vector>
+
+namespace vt {
+
+struct ChosenItem {
+    std::string path; // what is compared
+    std::string item; // the sync item that it belongs to
+};
+
+// A full sync: every sync item. A sync item that cannot stand in a property list is left out by the caller.
+[[nodiscard]] std::vector<ChosenItem> chooseAllItems(const std::vector<std::string>& syncItems);
+// A continuous sync: the changed paths that lie in a sync item, without those that begin with one before them. Both
+// tests are plain text prefixes, so behind "/A/B" a path "/A/BC" is left out too.
+[[nodiscard]] std::vector<ChosenItem> chooseChangedItems(std::vector<std::string> changedPaths,
+                                                         const std::vector<std::string>& syncItems,
+                                                         const HomePaths& home);
+
+} // namespace vt

@@ -1,0 +1,252 @@
+#include "sync/compare/ItemComparison.h"
+
+#include "base/Paths.h"
+#include "config/utilities/DateConversions.h"
+#include "config/utilities/Packages.h"
+#include "sync/compare/FileComparison.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <utility>
+
+namespace vt {
+
+namespace {
+
+// The platform's names for the kinds, as the log shows them.
+const char* typeName(FileKind kind) {
+    switch (kind) {
+    case FileKind::regular:
+        return "NSFileTypeRegular";
+    case FileKind::directory:
+        return "NSFileTypeDirectory";
+    case FileKind::link:
+        return "NSFileTypeSymbolicLink";
+    case FileKind::other:
+        break;
+    }
+    return "NSFileTypeUnknown";
+}
+
+bool isPlainFolder(const std::string& path, FileKind kind) {
+    return kind == FileKind::directory && !isPackageName(paths::lastComponent(path));
+}
+
+std::string shown(const std::string& path) {
+    return paths::displayText(path);
+}
+
+} // namespace
+
+ItemComparison::ItemComparison(Services services, NameRule rule, std::optional<Date> lastSync)
+    : _services(services), _rule(rule), _lastSync(lastSync), _driveWork(services.paths.driveWork()),
+      _localWork(services.paths.localWork()) {}
+
+bool ItemComparison::syncThreadSyncItem(const std::string& itemPath, Index local) {
+    const Item item{itemPath, _services.paths.local(itemPath), _services.paths.drive(itemPath)};
+    const std::string name = paths::lastComponent(item.local);
+    const bool there = local != ComputerSnapshot::none;
+    // The marker step belongs to a kind of sync that no controller has, so no item is ever marked.
+    std::optional<FileAttributes> known;
+    if (there) {
+        known = _services.snapshot.attributes(local);
+        if (known->isLink()) {
+            _services.log.logLine("\"%@\" is a link and is not copied.", shown(item.local));
+            const auto target = _services.files.attributesFollowing(item.local);
+            known = target ? std::optional(*target) : std::nullopt;
+        }
+    }
+    if (!_services.filter.shouldCopyItem(item.local, name, known ? &*known : nullptr)) {
+        _services.log.debugLine("-\n-: skipping \"%@\"\n-:     <--> \"%@\"", shown(item.local), shown(item.drive));
+        skipFiltered(item, local, nullptr);
+        closingLines(item, true);
+        return true;
+    }
+    bool result = true;
+    if (_services.cancel.pending()) {
+        result = _services.cancel.returnValue();
+    } else {
+        bool usable = true;
+        const auto drive = lookOnDrive(item.drive, usable);
+        if (!usable) {
+            _services.tally.fail(item.local, OwedReason::failed);
+            result = !_driveGone; // otherwise the next item may be readable
+        } else {
+            const Answer answer = compare(item, local, drive ? &*drive : nullptr);
+            if (answer == Answer::descend) return walk(frameFor(item, local));
+            result = answer == Answer::yes;
+        }
+    }
+    closingLines(item, result);
+    return result;
+}
+
+std::optional<FileAttributes> ItemComparison::lookOnDrive(const std::string& path, bool& usable) {
+    auto attributes = _services.files.attributes(path);
+    if (attributes) return *attributes;
+    usable = attributes.code() == ENOENT || attributes.code() == ENOTDIR;
+    _driveGone = attributes.code() == ENODEV;
+    if (!usable) _services.log.logLine("Unable to look at \"%1$@\" - %2$@.", shown(path), attributes.error().text);
+    return std::nullopt;
+}
+
+ItemComparison::Answer ItemComparison::compare(const Item& item, Index local, const FileAttributes* drive) {
+    if (local == ComputerSnapshot::none) {
+        if (drive == nullptr)
+            _services.log.debugLine("-\n-: unable to sync \"%@\" with \"%@\" because it does not exist on either the "
+                                    "Mac or the Pushkey.",
+                                    shown(item.local), shown(item.drive));
+        else
+            _services.log.debugLine("-\n-: skipping Pushkey item \"%@\"", shown(item.drive));
+        return Answer::yes;
+    }
+    if (_services.snapshot.leftOut(local)) {
+        _services.log.logLine("\"%@\" is a drive of its own and is left out.", shown(item.local));
+        return Answer::yes;
+    }
+    if (drive == nullptr) return onlyOnComputer(item, local);
+
+    const FileKind kind = _services.snapshot.kind(local);
+    const bool localFolder = isPlainFolder(item.local, kind);
+    const bool driveFolder = isPlainFolder(item.drive, drive->kind);
+    if (localFolder && driveFolder) {
+        _services.log.debugLine("-\n-: items are directories - recursing");
+        return Answer::descend;
+    }
+    if (localFolder != driveFolder || (kind == FileKind::directory) != drive->isDirectory()) {
+        _services.log.debugLine("                : Mac file type         : %@\n"
+                                "                : Pushkey file type    : %@\n"
+                                "                : skipping because file types do not match.",
+                                typeName(kind), typeName(drive->kind));
+        _services.log.logLine("\"%1$@\" and \"%2$@\" are not of the same kind.", shown(item.local), shown(item.drive));
+        return Answer::no;
+    }
+    if (_services.cancel.pending()) return _services.cancel.returnValue() ? Answer::yes : Answer::no;
+    return compareFiles(item, local, *drive);
+}
+
+ItemComparison::Answer ItemComparison::onlyOnComputer(const Item& item, Index local) {
+    ScanEntry entry = entryFor(item, local, entrytype::onlyOnComputer, action::toDrive);
+    _services.log.debugLine("-\n-: copying local: \"%@\"\n-:   to Pushkey: \"%@\"",
+                            shown(workPath(_localWork, item.drive)), shown(item.drive));
+    return add(std::move(entry)) ? Answer::yes : Answer::no;
+}
+
+ItemComparison::Answer ItemComparison::compareFiles(const Item& item, Index local, const FileAttributes& drive) {
+    const bool package = drive.isDirectory();
+    return decide(item, local, drive, _services.snapshot.newestFileDate(local),
+                  package ? newestOnDrive(item.drive, drive) : drive.modified);
+}
+
+ItemComparison::Answer ItemComparison::decide(const Item& item, Index local, const FileAttributes& drive,
+                                              Date localDate, Date driveDate) {
+    const FileDecision decision = compareFileDates(localDate, driveDate, _lastSync);
+    const bool doubtful = _services.doubts != nullptr && _services.doubts->mayBeShort(item.drive, drive);
+    const bool toDrive = doubtful || decision.verdict == FileVerdict::toDrive;
+    const auto complete = [&](ScanEntry entry) {
+        entry.localFileModDate = localDate;
+        entry.pushkeyFileBackupDate = syncBackupDateFor(item.drive);
+        entry.pushkeyFileModDate = driveDate;
+        entry.pushkeyFileSize = static_cast<std::int64_t>(drive.size);
+        return entry;
+    };
+    if (!doubtful && decision.verdict == FileVerdict::present) {
+        FileAttributes known = _services.snapshot.attributes(local);
+        known.modified = localDate;
+        if (_services.owed.wants(item.local, known, driveDate))
+            _owedEntries.push_back(complete(entryFor(item, local, entrytype::changedOnOneSide, action::toDrive)));
+        else
+            _services.progress.accumulateSkipPresentData(_services.snapshot.estimate(local));
+        return Answer::yes;
+    }
+    if (_services.log.debugEnabled()) {
+        _services.log.debugLine("-\n-:    local mod date : %@\n-: Pushkey mod date : %@\n-:      lastSyncTime : %@\n"
+                                "-:          modDelta : %f",
+                                localDate.standardText(), driveDate.standardText(),
+                                _lastSync ? _lastSync->standardText() : std::string("(null)"), decision.modDelta);
+        const std::string older = toDrive ? item.drive : item.local;
+        const std::string newer = toDrive ? item.local : item.drive;
+        _services.log.debugLine("-\n-: replacing older %@ file %@\n-: with newer %@ file %@",
+                                toDrive ? "Pushkey" : "local   ", shown(older), toDrive ? "local   " : "Pushkey",
+                                shown(newer));
+    }
+    const unsigned type = doubtful ? entrytype::changedOnOneSide : decision.syncEntryType;
+    ScanEntry entry = complete(entryFor(item, local, type, toDrive ? action::toDrive : action::driveIsNewer));
+    if (!toDrive) {
+        entry.localPath = workPath(_localWork, item.drive);
+        entry.pushkeyPath = item.drive;
+    }
+    return add(std::move(entry)) ? Answer::yes : Answer::no;
+}
+
+ScanEntry ItemComparison::entryFor(const Item& item, Index local, unsigned type, unsigned action) const {
+    ScanEntry entry;
+    entry.localPath = item.local;
+    entry.pushkeyPath = workPath(_driveWork, item.drive);
+    entry.localFileModDate = _services.snapshot.modified(local);
+    entry.localFileSize = static_cast<std::int64_t>(_services.snapshot.size(local));
+    entry.syncEntryType = type;
+    entry.actionToPerform = action;
+    entry.package = _services.snapshot.isDirectory(local);
+    entry.drivePath = item.drive;
+    entry.computerPath = item.local;
+    return entry;
+}
+
+bool ItemComparison::add(ScanEntry entry) {
+    const std::string local = entry.computerPath;
+    // Two sync items that overlap, or two names that are one on the drive: the first one is carried out.
+    if (!_services.results.addUnlessCovered(std::move(entry), _rule) && !_rule.caseSensitive())
+        _services.log.logLine("\"%@\" is left out: the drive already gets an item of that name.", shown(local));
+    return true;
+}
+
+void ItemComparison::addOwedEntries() {
+    for (ScanEntry& entry : _owedEntries) add(std::move(entry));
+    _owedEntries.clear();
+}
+
+std::string ItemComparison::workPath(const std::string& work, const std::string& drive) const {
+    return work + drive.substr(_services.paths.target().size());
+}
+
+Date ItemComparison::newestOnDrive(const std::string& package, const FileAttributes& attributes) {
+    Date newest = Date::missing();
+    bool found = false;
+    std::vector<std::string> open{package};
+    while (!open.empty()) {
+        const std::string folder = std::move(open.back());
+        open.pop_back();
+        const auto listing = _services.files.list(folder);
+        if (!listing) continue;
+        for (const DirectoryEntry& entry : *listing) {
+            if (entry.attributes.isDirectory()) {
+                open.push_back(paths::join(folder, entry.name));
+            } else if (entry.attributes.isRegular()) {
+                newest = std::max(newest, entry.attributes.modified);
+                found = true;
+            }
+        }
+    }
+    return found ? newest : attributes.modified;
+}
+
+void ItemComparison::skipFiltered(const Item& item, Index local, const FileAttributes* drive) {
+    if (_services.cancel.pending()) return; // everything is refused then, and nothing of it says anything
+    const std::uint64_t bytes = local == ComputerSnapshot::none ? 0 : _services.snapshot.estimate(local);
+    _services.progress.accumulateSkipFilteredData(bytes);
+    _services.tally.filter(bytes);
+    // An older copy stays on the drive: once the filter lets the file through again, the drive is owed it.
+    if (drive != nullptr && local != ComputerSnapshot::none && _services.snapshot.modified(local) > drive->modified)
+        _services.tally.leftOut.emplace(item.local, OwedReason::filtered);
+}
+
+void ItemComparison::closingLines(const Item& item, bool result) const {
+    if (!_services.log.debugEnabled()) return;
+    if (!result) std::fputs("rval == NO\n", stderr);
+    _services.log.debugLine("-\n-: comparing \"%@\"\n-:          to \"%@\"\n-:     returning %s", shown(item.local),
+                            shown(item.drive), result ? "YES" : "NO");
+}
+
+} // namespace vt

@@ -1,0 +1,29 @@
+// What one sync left out, for the line at its end and for the record of what is owed. Thread: the drive's worker.
+// Units: bytes, rounded up to multiples of 512.
+#pragma once
+
+#include "sync/owed/OwedRecord.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+namespace vt {
+
+struct PassTally {
+    std::map<std::string, OwedReason> leftOut; // paths on the computer that failed, were skipped or refused
+    std::uint64_t failedOrSkipped = 0;
+    std::uint64_t filteredCount = 0;
+    std::uint64_t filteredBytes = 0;
+    std::uint64_t driveOnly = 0;
+
+    void fail(const std::string& path, OwedReason reason) {
+        if (leftOut.insert_or_assign(path, reason).second) ++failedOrSkipped;
+    }
+    void filter(std::uint64_t bytes) {
+        ++filteredCount;
+        filteredBytes += bytes;
+    }
+};
+
+} // namespace vt

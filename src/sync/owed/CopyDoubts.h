@@ -1,0 +1,23 @@
+// Copies on the drive that an earlier run may have left short: what its journal still names, and after a restart of the
+// computer whatever changed on the drive since then. Thread: the drive's worker. Owns: nothing; the leftovers outlive
+// it.
+#pragma once
+
+#include "platform/FileService.h"
+#include "sync/journal/CopyJournal.h"
+
+#include <string>
+
+namespace vt {
+
+class CopyDoubts {
+  public:
+    explicit CopyDoubts(const CopyJournal::Leftovers& leftovers) : _leftovers(leftovers) {}
+    // `path` is the final place on the drive, `present` what lies there.
+    [[nodiscard]] bool mayBeShort(const std::string& path, const FileAttributes& present) const;
+
+  private:
+    const CopyJournal::Leftovers& _leftovers;
+};
+
+} // namespace vt

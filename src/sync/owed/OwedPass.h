@@ -1,0 +1,34 @@
+// Finds the files that the dates on both sides would call present although the drive never got their newest content:
+// edits made during the last sync, copies that failed, items that were off the list for a while. Only ever asks for a
+// copy to the drive. Thread: the drive's worker. Owns: nothing.
+#pragma once
+
+#include "base/Date.h"
+#include "platform/FileService.h"
+#include "sync/owed/OwedRecord.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace vt {
+
+class OwedPass {
+  public:
+    // `granularity` is that of the drive's dates, in nanoseconds.
+    OwedPass(const OwedRecord& record, Date now, std::int64_t granularity)
+        : _record(record), _now(now), _granularity(granularity) {}
+
+    // From here on files belong to this sync item.
+    void beginItem(const std::string& item) { _coveredThrough = _record.coveredThrough(item); }
+    // The drive is owed the file, although the comparison took it for present.
+    [[nodiscard]] bool wants(const std::string& path, const FileAttributes& local, Date driveModified) const;
+
+  private:
+    const OwedRecord& _record;
+    Date _now;
+    std::int64_t _granularity;
+    std::optional<Date> _coveredThrough;
+};
+
+} // namespace vt

@@ -1,0 +1,180 @@
+#include "sync/owed/OwedRecord.h"
+
+#include "base/Paths.h"
+
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <utility>
+
+namespace vt {
+
+namespace {
+
+constexpr std::string_view firstLine = "vantaro-owed 1";
+constexpr std::uint64_t largestRecord = 256ULL << 20U;
+constexpr std::uint32_t privateFile = 0600;
+constexpr std::uint32_t privateFolder = 0700;
+constexpr std::array<std::string_view, 4> reasonNames = {"failed", "skipped", "staged", "filtered"};
+
+constexpr std::string_view digits = "0123456789ABCDEF";
+
+// Paths may hold any byte but NUL; a line holds one of them, so blanks, controls and "%" are written as %XX.
+std::string escaped(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size());
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte <= 0x20 || byte == 0x7F || byte == '%') {
+            text += '%';
+            text += digits[byte >> 4U];
+            text += digits[byte & 15U];
+        } else {
+            text += c;
+        }
+    }
+    return text;
+}
+
+std::string unescaped(std::string_view text) {
+    std::string bytes;
+    bytes.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto high = text[i] == '%' && i + 2 < text.size() ? digits.find(text[i + 1]) : std::string_view::npos;
+        const auto low = high != std::string_view::npos ? digits.find(text[i + 2]) : std::string_view::npos;
+        if (low != std::string_view::npos) {
+            bytes += static_cast<char>(high * 16 + low);
+            i += 2;
+        } else {
+            bytes += text[i];
+        }
+    }
+    return bytes;
+}
+
+std::string_view nextWord(std::string_view& line) {
+    const auto blank = line.find(' ');
+    const std::string_view word = line.substr(0, blank);
+    line.remove_prefix(blank == std::string_view::npos ? line.size() : blank + 1);
+    return word;
+}
+
+} // namespace
+
+std::string OwedRecord::stateName(std::string_view driveKey) {
+    std::uint64_t hash = 0xCBF29CE484222325ULL;
+    for (const char c : driveKey) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3ULL;
+    std::string name;
+    for (int shift = 60; shift >= 0; shift -= 4) name += digits[(hash >> static_cast<unsigned>(shift)) & 15U];
+    return name;
+}
+
+OwedRecord::OwedRecord(FileService& files, FileContents& contents, const std::string& stateHome, std::string driveKey)
+    : _files(files), _contents(contents), _driveKey(std::move(driveKey)), _folder(paths::join(stateHome, "vantaro")),
+      _path(paths::join(paths::join(_folder, "drives"), stateName(_driveKey) + ".owed")) {}
+
+void OwedRecord::load() {
+    _coveredThrough.clear();
+    _owed.clear();
+    _filter.clear();
+    const auto content = _contents.read(_path, largestRecord);
+    _exists = content && read(*content);
+}
+
+bool OwedRecord::read(std::string_view text) {
+    const auto line = [&text] {
+        const auto end = text.find('\n');
+        const std::string_view first = text.substr(0, end);
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+        return first;
+    };
+    if (line() != firstLine || line() != "drive " + escaped(_driveKey)) return false;
+    while (!text.empty()) readLine(line());
+    return true;
+}
+
+void OwedRecord::readLine(std::string_view line) {
+    const std::string_view kind = nextWord(line);
+    if (kind == "filter") {
+        _filter = unescaped(line);
+        return;
+    }
+    const std::string_view detail = nextWord(line);
+    if (line.empty()) return;
+    if (kind == "item") {
+        std::int64_t nanoseconds = 0;
+        const auto [end, error] = std::from_chars(detail.data(), detail.data() + detail.size(), nanoseconds);
+        if (error == std::errc() && end == detail.data() + detail.size())
+            _coveredThrough[unescaped(line)] = Date::fromNanoseconds(nanoseconds);
+    } else if (kind == "owed") {
+        for (std::size_t i = 0; i < reasonNames.size(); ++i)
+            if (detail == reasonNames[i]) _owed[unescaped(line)] = static_cast<OwedReason>(i);
+    }
+}
+
+std::string OwedRecord::text() const {
+    std::string text(firstLine);
+    text += "\ndrive " + escaped(_driveKey) + "\n";
+    if (!_filter.empty()) text += "filter " + escaped(_filter) + "\n";
+    for (const auto& [item, date] : _coveredThrough)
+        text += "item " + std::to_string(date.nanoseconds()) + " " + escaped(item) + "\n";
+    for (const auto& [path, reason] : _owed)
+        text.append("owed ").append(reasonNames[static_cast<std::size_t>(reason)]).append(" ").append(escaped(path)) +=
+            "\n";
+    return text;
+}
+
+Result<void> OwedRecord::save() {
+    if (!_files.attributes(_path)) {
+        // The state home itself may be missing on a fresh account.
+        for (const std::string& folder :
+             {paths::parent(paths::parent(_folder)), paths::parent(_folder), _folder, paths::parent(_path)})
+            if (!_files.attributes(folder)) _files.makeDirectory(folder, privateFolder).ignore();
+    }
+    auto written = _contents.writeAtomically(_path, text(), privateFile);
+    if (written) _exists = true;
+    return written;
+}
+
+std::optional<Date> OwedRecord::coveredThrough(const std::string& item) const {
+    const auto found = _coveredThrough.find(item);
+    if (found == _coveredThrough.end()) return std::nullopt;
+    return found->second;
+}
+
+void OwedRecord::setCoveredThrough(const std::string& item, Date date) {
+    _coveredThrough[item] = date;
+}
+
+void OwedRecord::dropCoveredThrough(const std::string& item) {
+    _coveredThrough.erase(item);
+}
+
+void OwedRecord::settle(const std::string& path) {
+    _owed.erase(path);
+    const std::string below = path + "/";
+    auto next = _owed.lower_bound(below);
+    while (next != _owed.end() && next->first.starts_with(below)) next = _owed.erase(next);
+}
+
+bool OwedRecord::owes(std::string_view path) const {
+    if (_owed.empty()) return false;
+    while (true) {
+        if (_owed.contains(path)) return true;
+        const auto slash = path.rfind('/');
+        if (slash == std::string_view::npos || slash == 0) return false;
+        path = path.substr(0, slash);
+    }
+}
+
+bool OwedRecord::knownToFail(const std::string& path) const {
+    const std::string below = path + "/";
+    const auto counts = [](OwedReason reason) { return reason == OwedReason::failed || reason == OwedReason::skipped; };
+    const auto itself = _owed.find(path);
+    if (itself != _owed.end() && counts(itself->second)) return true;
+    for (auto next = _owed.lower_bound(below); next != _owed.end() && next->first.starts_with(below); ++next)
+        if (counts(next->second)) return true;
+    return false;
+}
+
+} // namespace vt

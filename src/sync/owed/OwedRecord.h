@@ -1,0 +1,66 @@
+// What this computer still owes one drive: paths whose copy failed or was left out, and for each sync item through
+// which time the drive has everything. Kept in the agent's state directory, never on the drive; docs/formats/state.md
+// describes the file. Thread: the drive's worker. Owns: the record in memory. Errors: a file that cannot be read is no
+// record; save() says when the record could not be written.
+#pragma once
+
+#include "base/Date.h"
+#include "platform/FileService.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vt {
+
+enum class OwedReason : std::uint8_t { failed, skipped, staged, filtered };
+
+class OwedRecord {
+  public:
+    // `driveKey` is the drive's own identity, stable over mounts.
+    OwedRecord(FileService& files, FileContents& contents, const std::string& stateHome, std::string driveKey);
+    // The name under which a drive's records stand in the state directory: the key may be a path of any length.
+    [[nodiscard]] static std::string stateName(std::string_view driveKey);
+
+    void load();
+    [[nodiscard]] Result<void> save();
+    [[nodiscard]] bool exists() const { return _exists; }
+    [[nodiscard]] const std::string& path() const { return _path; }
+
+    [[nodiscard]] std::optional<Date> coveredThrough(const std::string& item) const;
+    void setCoveredThrough(const std::string& item, Date date);
+    void dropCoveredThrough(const std::string& item);
+    void dropAllCoveredThrough() { _coveredThrough.clear(); }
+    [[nodiscard]] const std::map<std::string, Date>& coveredItems() const { return _coveredThrough; }
+
+    // The switches and the device class in force when the times above were noted.
+    [[nodiscard]] const std::string& filter() const { return _filter; }
+    void setFilter(std::string filter) { _filter = std::move(filter); }
+
+    void owe(const std::string& path, OwedReason reason) { _owed[path] = reason; }
+    void settle(const std::string& path); // the path and everything below it
+    // The path is owed, or lies below an owed folder.
+    [[nodiscard]] bool owes(std::string_view path) const;
+    // A path at or below `path` failed before.
+    [[nodiscard]] bool knownToFail(const std::string& path) const;
+    [[nodiscard]] const std::map<std::string, OwedReason, std::less<>>& owed() const { return _owed; }
+
+  private:
+    [[nodiscard]] std::string text() const;
+    [[nodiscard]] bool read(std::string_view text);
+    void readLine(std::string_view line);
+
+    FileService& _files;
+    FileContents& _contents;
+    std::string _driveKey;
+    std::string _folder;
+    std::string _path;
+    bool _exists = false;
+    std::string _filter;
+    std::map<std::string, Date> _coveredThrough;
+    std::map<std::string, OwedReason, std::less<>> _owed;
+};
+
+} // namespace vt

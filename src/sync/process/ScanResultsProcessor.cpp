@@ -1,0 +1,91 @@
+#include "sync/process/ScanResultsProcessor.h"
+
+#include "base/Paths.h"
+#include "base/Text.h"
+
+#include <algorithm>
+
+namespace vt {
+
+// In the order of the decisions, but what failed before goes first: the answer of the pass is that of its last step,
+// and a path that fails every time must not hold up all others for ever.
+std::vector<const ScanEntry*> ScanResultsProcessor::inOrder(const ScanResults& results) const {
+    std::vector<const ScanEntry*> entries;
+    for (const ScanEntry& entry : results.entries()) entries.push_back(&entry);
+    std::stable_partition(entries.begin(), entries.end(),
+                          [this](const ScanEntry* entry) { return _services.knownToFail(entry->computerPath); });
+    return entries;
+}
+
+// A preview of the results is switched off in every controller, so the results are always carried out as they are.
+bool ScanResultsProcessor::processScanResults(const ScanResults& results) {
+    bool result = true;
+    for (const ScanEntry* entry : inOrder(results)) {
+        if (_services.cancel.pending()) return result;
+        if (entry->syncActionEnabled && entry->actionToPerform) carryOut(*entry, result);
+    }
+    // A cancelled pass has not looked at everything, whatever it found.
+    if (result && !_services.cancel.pending() && _services.beforeStamp())
+        _services.lastSyncTime.update(_services.clock.now());
+    return result;
+}
+
+void ScanResultsProcessor::carryOut(const ScanEntry& entry, bool& result) {
+    switch (*entry.actionToPerform) {
+    case action::toDrive:
+        copyToDrive(entry, result);
+        break;
+    case action::driveIsNewer:
+        removeNewer(entry, result);
+        break;
+    case action::removeFromDrive:
+    case action::removeFromComputer:
+        removeItem(entry, result);
+        break;
+    default:
+        break;
+    }
+}
+
+void ScanResultsProcessor::copyToDrive(const ScanEntry& entry, bool& result) {
+    if (entry.syncEntryType == entrytype::replacesMarker && entry.trueDelete)
+        _services.files.remove(*entry.trueDelete, {}).ignore();
+    const auto now = _services.files.attributes(entry.localPath);
+    if (!_services.filter.shouldCopyMediaFile(entry.localPath, paths::lastComponent(entry.localPath),
+                                              now ? &*now : nullptr))
+        return;
+    const auto failedBefore = _services.tally.leftOut.size();
+    result = _services.tree.copyPathOntoPath(entry.localPath, entry.pushkeyPath, true, _services.errorReporter().get());
+    if (!result && _services.tally.leftOut.size() == failedBefore)
+        _services.tally.fail(entry.localPath, OwedReason::failed);
+}
+
+// The drive's copy is the newer one: it goes, and the next sync puts the computer's there.
+void ScanResultsProcessor::removeNewer(const ScanEntry& entry, bool& result) {
+    _services.logLine(localisedText("\"%1$@\" on the drive is newer than \"%2$@\" and is removed.",
+                                    {paths::displayText(entry.pushkeyPath), paths::displayText(entry.computerPath)}));
+    const auto kept = _services.keepAside.setAside(entry.pushkeyPath);
+    result = _services.markers.createTrueDeleteFileAtPath(entry.pushkeyPath);
+    if (result)
+        _services.files.remove(entry.pushkeyPath, {}).ignore();
+    else if (kept)
+        (void)_services.keepAside.putBack(*kept, entry.pushkeyPath);
+}
+
+void ScanResultsProcessor::removeItem(const ScanEntry& entry, bool& result) {
+    bool succeeded = result;
+    if (entry.syncEntryType == entrytype::removalWithMarker)
+        succeeded = entry.trueDelete && _services.markers.createTrueDeleteFileAtPath(*entry.trueDelete);
+    else if (entry.syncEntryType == entrytype::removalHeldBack && entry.trueDelete)
+        _services.markers.removeComputerID(_services.hostUserId, *entry.trueDelete);
+    result = succeeded;
+    if (!succeeded) return;
+    if (*entry.actionToPerform == action::removeFromComputer) {
+        _services.files.remove(entry.localPath, {}).ignore();
+        return;
+    }
+    (void)_services.keepAside.setAside(entry.pushkeyPath);
+    _services.files.remove(entry.pushkeyPath, {}).ignore();
+}
+
+} // namespace vt
