@@ -17,7 +17,7 @@ using testing::IsEmpty;
 
 class FakeDiskTest : public testing::Test {
   protected:
-    FakeVolume& mount() { return _disk.mount("/media/stick"); }
+    FakeDiskVolume& mount() { return _disk.mount("/media/stick"); }
 
     FakeClock _clock;
     FakeDisk _disk{_clock};
@@ -84,7 +84,7 @@ TEST_F(FakeDiskTest, coarseDatesAreRoundedAndACopyIsNeverLaterThanItsSource) {
     constexpr std::int64_t twoSeconds = 2'000'000'000;
     const Date odd = Date::fromSeconds(1'000'000'001, 5);
     buildTree(_files, _files, "/home", {file("a", "x", odd)});
-    FakeVolume& volume = mount();
+    FakeDiskVolume& volume = mount();
     volume.capabilities.dateGranularity = twoSeconds;
     EXPECT_TRUE(_files.create("/media/stick/f", "", 0644).ok());
     EXPECT_TRUE(_files.setModified("/media/stick/f", odd).ok());

@@ -26,14 +26,14 @@ bool isInvalid(const std::string& path) {
 } // namespace
 
 FakeDisk::FakeDisk(const Clock& clock) : _clock(clock) {
-    auto root = std::make_unique<FakeVolume>();
+    auto root = std::make_unique<FakeDiskVolume>();
     root->mountPoint = "/";
     root->device = ++_lastDevice;
     root->root = newNode(*root, FileKind::directory, 0755);
     _volumes.emplace("/", std::move(root));
 }
 
-FakeVolume& FakeDisk::mount(const std::string& mountPoint, const DestinationCapabilities& capabilities) {
+FakeDiskVolume& FakeDisk::mount(const std::string& mountPoint, const DestinationCapabilities& capabilities) {
     const auto held = lock();
     std::string path;
     for (const std::string& component : paths::components(mountPoint)) {
@@ -41,7 +41,7 @@ FakeVolume& FakeDisk::mount(const std::string& mountPoint, const DestinationCapa
         Result<FakeSpot> spot = find(path, true);
         if (spot && !spot->node) insert(*spot, newNode(*spot->volume, FileKind::directory, 0755));
     }
-    auto volume = std::make_unique<FakeVolume>();
+    auto volume = std::make_unique<FakeDiskVolume>();
     volume->mountPoint = mountPoint;
     volume->device = ++_lastDevice;
     volume->capabilities = capabilities;
@@ -59,14 +59,14 @@ void FakeDisk::pull(const std::string& mountPoint, int code) {
     volumeOf(mountPoint).goneCode = code;
 }
 
-FakeVolume* FakeDisk::mountedAt(const std::string& path) {
+FakeDiskVolume* FakeDisk::mountedAt(const std::string& path) {
     const auto found = _volumes.find(path);
     return found == _volumes.end() ? nullptr : found->second.get();
 }
 
-FakeVolume& FakeDisk::volumeOf(const std::string& path) {
+FakeDiskVolume& FakeDisk::volumeOf(const std::string& path) {
     const auto held = lock();
-    FakeVolume* deepest = _volumes.at("/").get();
+    FakeDiskVolume* deepest = _volumes.at("/").get();
     for (const auto& [mountPoint, volume] : _volumes)
         if (paths::isAtOrBelow(path, mountPoint) && mountPoint.size() >= deepest->mountPoint.size())
             deepest = volume.get();
@@ -82,7 +82,7 @@ bool equalsIgnoringCase(const std::string& a, const std::string& b) {
 
 } // namespace
 
-std::string FakeDisk::spelling(const FakeVolume& volume, const FakeNode& folder, const std::string& name) {
+std::string FakeDisk::spelling(const FakeDiskVolume& volume, const FakeNode& folder, const std::string& name) {
     if (volume.capabilities.caseSensitive || folder.entries.contains(name)) return name;
     for (const auto& [spelled, node] : folder.entries)
         if (equalsIgnoringCase(spelled, name)) return spelled;
@@ -116,7 +116,7 @@ Result<FakeSpot> FakeDisk::find(const std::string& path, bool follow, const std:
             const auto found = folder->entries.find(spot.name);
             spot.node = found == folder->entries.end() ? nullptr : found->second;
             at = paths::join(at, spot.name);
-            if (FakeVolume* mounted = mountedAt(at)) spot = FakeSpot{mounted, nullptr, spot.name, mounted->root};
+            if (FakeDiskVolume* mounted = mountedAt(at)) spot = FakeSpot{mounted, nullptr, spot.name, mounted->root};
         }
         if (spot.volume->goneCode != 0) return Error::fromErrno(spot.volume->goneCode, path);
         if (!spot.node || !spot.node->attributes.isLink() || (left.empty() && !follow)) continue;
@@ -147,13 +147,13 @@ int FakeDisk::refusalOfNew(const FakeSpot& spot, std::size_t bytes) {
     return bytes > freeBytes(*spot.volume) ? ENOSPC : 0;
 }
 
-std::uint64_t FakeDisk::freeBytes(const FakeVolume& volume) const {
+std::uint64_t FakeDisk::freeBytes(const FakeDiskVolume& volume) const {
     if (volume.capacity == ~0ULL) return ~0ULL;
     const std::uint64_t used = bytesOf(*volume.root);
     return used < volume.capacity ? volume.capacity - used : 0;
 }
 
-std::shared_ptr<FakeNode> FakeDisk::newNode(const FakeVolume& volume, FileKind kind, std::uint32_t mode) {
+std::shared_ptr<FakeNode> FakeDisk::newNode(const FakeDiskVolume& volume, FileKind kind, std::uint32_t mode) {
     auto node = std::make_shared<FakeNode>();
     node->attributes.kind = kind;
     node->attributes.mode = mode;
@@ -173,12 +173,12 @@ void FakeDisk::erase(const FakeSpot& spot) {
     touch(*spot.volume, *spot.folder);
 }
 
-void FakeDisk::touch(const FakeVolume& volume, FakeNode& node) {
+void FakeDisk::touch(const FakeDiskVolume& volume, FakeNode& node) {
     node.attributes.modified = storedDate(volume, _clock.now());
     noteChange(node);
 }
 
-Date FakeDisk::storedDate(const FakeVolume& volume, Date date) {
+Date FakeDisk::storedDate(const FakeDiskVolume& volume, Date date) {
     const std::int64_t step = volume.capabilities.dateGranularity;
     if (step <= 1) return date;
     std::int64_t rest = date.nanoseconds() % step;
@@ -187,7 +187,7 @@ Date FakeDisk::storedDate(const FakeVolume& volume, Date date) {
     return Date::fromNanoseconds(date.nanoseconds() - rest + (volume.roundsDatesUp ? step : 0));
 }
 
-FileAttributes FakeDisk::attributesOf(const FakeVolume& volume, const FakeNode& node) {
+FileAttributes FakeDisk::attributesOf(const FakeDiskVolume& volume, const FakeNode& node) {
     FileAttributes attributes = node.attributes;
     attributes.size = node.content.size();
     attributes.device = volume.device;

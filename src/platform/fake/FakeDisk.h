@@ -22,7 +22,7 @@ struct FakeNode {
     std::map<std::string, std::shared_ptr<FakeNode>> entries;
 };
 
-struct FakeVolume {
+struct FakeDiskVolume {
     std::string mountPoint;
     std::uint64_t device = 0;
     DestinationCapabilities capabilities;
@@ -35,7 +35,7 @@ struct FakeVolume {
 
 // Where a path leads: the folder is there, the node may be null.
 struct FakeSpot {
-    FakeVolume* volume = nullptr;
+    FakeDiskVolume* volume = nullptr;
     std::shared_ptr<FakeNode> folder; // null for a volume's root
     std::string name;                 // as the folder spells it
     std::shared_ptr<FakeNode> node;
@@ -46,10 +46,10 @@ class FakeDisk {
     explicit FakeDisk(const Clock& clock);
 
     // Makes the folder where it is missing and covers it. The reference stays valid until the unmount.
-    FakeVolume& mount(const std::string& mountPoint, const DestinationCapabilities& capabilities = {});
+    FakeDiskVolume& mount(const std::string& mountPoint, const DestinationCapabilities& capabilities = {});
     void unmount(const std::string& mountPoint); // what lay under it shows again
     void pull(const std::string& mountPoint, int code);
-    [[nodiscard]] FakeVolume& volumeOf(const std::string& path); // the deepest one
+    [[nodiscard]] FakeDiskVolume& volumeOf(const std::string& path); // the deepest one
     [[nodiscard]] FakeFaults& faults() { return _faults; }
     [[nodiscard]] std::unique_lock<std::recursive_mutex> lock() const { return std::unique_lock(_mutex); }
 
@@ -59,23 +59,23 @@ class FakeDisk {
     // The checks that any change of the spot's folder has to pass.
     [[nodiscard]] int refusalOfChange(const FakeSpot& spot) const;
     [[nodiscard]] int refusalOfNew(const FakeSpot& spot, std::size_t bytes);
-    [[nodiscard]] std::uint64_t freeBytes(const FakeVolume& volume) const;
-    [[nodiscard]] std::shared_ptr<FakeNode> newNode(const FakeVolume& volume, FileKind kind, std::uint32_t mode);
+    [[nodiscard]] std::uint64_t freeBytes(const FakeDiskVolume& volume) const;
+    [[nodiscard]] std::shared_ptr<FakeNode> newNode(const FakeDiskVolume& volume, FileKind kind, std::uint32_t mode);
     void insert(const FakeSpot& spot, std::shared_ptr<FakeNode> node); // replaces what is there
     void erase(const FakeSpot& spot);
-    void touch(const FakeVolume& volume, FakeNode& node); // content changed now
+    void touch(const FakeDiskVolume& volume, FakeNode& node); // content changed now
     void noteChange(FakeNode& node) { node.attributes.statusChanged = _clock.now(); }
-    [[nodiscard]] static Date storedDate(const FakeVolume& volume, Date date);
-    [[nodiscard]] static FileAttributes attributesOf(const FakeVolume& volume, const FakeNode& node);
+    [[nodiscard]] static Date storedDate(const FakeDiskVolume& volume, Date date);
+    [[nodiscard]] static FileAttributes attributesOf(const FakeDiskVolume& volume, const FakeNode& node);
 
   private:
-    [[nodiscard]] FakeVolume* mountedAt(const std::string& path);
-    [[nodiscard]] static std::string spelling(const FakeVolume& volume, const FakeNode& folder,
+    [[nodiscard]] FakeDiskVolume* mountedAt(const std::string& path);
+    [[nodiscard]] static std::string spelling(const FakeDiskVolume& volume, const FakeNode& folder,
                                               const std::string& name);
 
     const Clock& _clock;
     mutable std::recursive_mutex _mutex;
-    std::map<std::string, std::unique_ptr<FakeVolume>> _volumes; // by mount point
+    std::map<std::string, std::unique_ptr<FakeDiskVolume>> _volumes; // by mount point
     FakeFaults _faults;
     std::uint64_t _lastInode = 1;
     std::uint64_t _lastDevice = 100;

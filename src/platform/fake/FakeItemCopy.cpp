@@ -87,7 +87,7 @@ void FakeItemCopy::takeRights(const FakeNode& source, FakeNode& copied) {
 
 int FakeItemCopy::setDates(const Item& item, const FileAttributes& wanted, FakeNode& copied) {
     if (const int code = _disk.faults().begin("setDates", item.event.destination); code != 0) return code;
-    const FakeVolume& volume = *item.destination.volume;
+    const FakeDiskVolume& volume = *item.destination.volume;
     Date date = FakeDisk::storedDate(volume, wanted.modified);
     if (date > wanted.modified) date = Date::fromNanoseconds(date.nanoseconds() - volume.capabilities.dateGranularity);
     copied.attributes.modified = date;
@@ -132,7 +132,7 @@ FakeItemCopy::Ending FakeItemCopy::copyContent(Run& run, Item& item, FakeNode& c
         while (copied.content.size() < before.size) {
             int code = _disk.faults().begin("copyData", item.event.source, item.event.destination);
             // Pulled by a hook: the volume answers for itself.
-            for (const FakeVolume* volume : {item.source.volume, item.destination.volume})
+            for (const FakeDiskVolume* volume : {item.source.volume, item.destination.volume})
                 if (code == 0) code = volume->goneCode;
             const std::string piece =
                 item.source.node->content.substr(std::min(copied.content.size(), item.source.node->content.size()),
