@@ -56,34 +56,33 @@ bool WorkFolders::processATempFolder(const std::string& folder) {
     _services.debugLine("-processTempFolders: finishing Mac->Pushkey sync.");
     if (!folder.starts_with(_paths.driveWork)) return false;
     const std::string base = _paths.target + folder.substr(_paths.driveWork.size());
-    const auto entries = _services.files.list(folder);
-    bool movedWhole = false;
-    if (entries && !entries->empty()) {
-        movedWhole = moveWhole(folder, base, *entries);
-        if (!movedWhole) moveEntries(folder, base, *entries);
+    const auto names = _services.files.listNames(folder);
+    if (names && !names->empty()) {
+        const bool whole = moveWhole(folder, base, *names);
+        if (!whole) moveEntries(folder, base);
         if (_services.committed) _services.committed();
+        if (whole) return true;
     }
-    if (movedWhole) return true;
     reportLeftBehind(folder);
     return _services.files.remove(folder, {}).ok();
 }
 
 // Into a place that is not there yet the whole folder goes with one rename: no entry can meet anything, so locks stay
 // what they are, and nothing is asked.
-bool WorkFolders::moveWhole(const std::string& folder, const std::string& base,
-                            const std::vector<DirectoryEntry>& entries) {
+bool WorkFolders::moveWhole(const std::string& folder, const std::string& base, const std::vector<std::string>& names) {
     if (folder == _paths.driveWork || _services.stopsCommit()) return false;
     if (_services.files.attributes(base).code() != ENOENT) return false;
     if (!_services.tree.createDirectoryAtPath(paths::parent(base), nullptr, true, true)) return false;
     if (!_services.files.move(folder, base, Replace::never)) return false;
-    for (const auto& entry : entries) debugMoving(paths::join(folder, entry.name), paths::join(base, entry.name));
+    for (const auto& name : names) debugMoving(paths::join(folder, name), paths::join(base, name));
     return true;
 }
 
-void WorkFolders::moveEntries(const std::string& folder, const std::string& base,
-                              const std::vector<DirectoryEntry>& entries) {
+void WorkFolders::moveEntries(const std::string& folder, const std::string& base) {
+    const auto entries = _services.files.list(folder);
+    if (!entries) return;
     const auto reporter = _services.errorReporter();
-    for (const auto& entry : entries) {
+    for (const auto& entry : *entries) {
         if (_services.stopsCommit()) return;
         const std::string from = paths::join(folder, entry.name);
         const std::string to = paths::join(base, entry.name);

@@ -50,8 +50,8 @@ class WorkFolders {
     [[nodiscard]] bool exists(const std::string& path) const;
     [[nodiscard]] bool makeFolder(const std::string& path, const std::uint32_t* mode);
     [[nodiscard]] bool moveWhole(const std::string& folder, const std::string& base,
-                                 const std::vector<DirectoryEntry>& entries);
-    void moveEntries(const std::string& folder, const std::string& base, const std::vector<DirectoryEntry>& entries);
+                                 const std::vector<std::string>& names);
+    void moveEntries(const std::string& folder, const std::string& base);
     void reportLeftBehind(const std::string& folder);
     [[nodiscard]] bool deleteFolder(const char* which, const std::string& folder);
     [[nodiscard]] std::uint64_t countEntries(const std::string& folder) const;
