@@ -15,7 +15,7 @@ Value::Dictionary FakeVolumes::description(const std::string& name, const Disk& 
     const auto add = [&result](const char* field, const std::string& text) {
         if (!text.empty()) result.insert_or_assign(field, Value(text));
     };
-    const FakeVolume& volume = disk.volume;
+    const FakeMount& volume = disk.volume;
     add(key::volumePath, disk.mountPoint);
     add(key::volumeName, disk.mountPoint.empty() ? name : paths::lastComponent(disk.mountPoint));
     add(key::volumeKind, volume.fileSystem);
@@ -40,7 +40,7 @@ void FakeVolumes::report(Report what, Value::Dictionary description) {
     });
 }
 
-void FakeVolumes::plug(const std::string& name, const FakeVolume& volume) {
+void FakeVolumes::plug(const std::string& name, const FakeMount& volume) {
     const Disk disk{volume, {}, false};
     {
         const std::lock_guard guard(_lock);
@@ -49,7 +49,7 @@ void FakeVolumes::plug(const std::string& name, const FakeVolume& volume) {
     if (!volume.network) report(&VolumeObserver::diskAppeared, description(name, disk));
 }
 
-void FakeVolumes::mount(const std::string& name, const std::string& mountPoint, const FakeVolume& volume) {
+void FakeVolumes::mount(const std::string& name, const std::string& mountPoint, const FakeMount& volume) {
     if (!_disks.contains(name)) plug(name, volume);
     setMountPoint(name, mountPoint);
     const Disk& disk = _disks.at(name);

@@ -15,7 +15,7 @@
 namespace vt {
 
 // A disk or share of the test. What a test leaves out is filled in by the key and mount point.
-struct FakeVolume {
+struct FakeMount {
     std::string fileSystem = "ext4"; // type name and kind
     std::string uuid;
     std::string vendor;
@@ -36,14 +36,14 @@ class FakeVolumes final : public VolumeService {
     explicit FakeVolumes(RunLoop& runLoop) : _runLoop(runLoop), _inbox(std::make_shared<Inbox>()) {}
 
     // A stick is plugged: `key` is its media BSD name ("disk8s1"), for a share any name.
-    void plug(const std::string& key, const FakeVolume& volume);
+    void plug(const std::string& key, const FakeMount& volume);
     // Plugs it first where that has not happened. A share has one event: it appears with its path.
-    void mount(const std::string& key, const std::string& mountPoint, const FakeVolume& volume = {});
+    void mount(const std::string& key, const std::string& mountPoint, const FakeMount& volume = {});
     void unmountKey(const std::string& key);
     void unplug(const std::string& key); // pulled without an unmount: it disappears
     void move(const std::string& key, const std::string& mountPoint);
     // Edits a volume without an event: full disks, read-only remounts.
-    FakeVolume& volume(const std::string& key) { return _disks.at(key).volume; }
+    FakeMount& volume(const std::string& key) { return _disks.at(key).volume; }
     // Errors of single calls, by path; erase to end them.
     std::map<std::string, Error> statErrors;
     std::map<std::string, Error> unmountErrors;
@@ -65,7 +65,7 @@ class FakeVolumes final : public VolumeService {
 
   private:
     struct Disk {
-        FakeVolume volume;
+        FakeMount volume;
         std::string mountPoint; // empty: not mounted
         bool folder = false;
     };
