@@ -1,8 +1,11 @@
 // vantaro: the agent. Builds the adapters, wires them to the application, runs.
 #include "agent/Signals.h"
 #include "app/VTApplicationController.h"
-#include "base/Text.h"
+#include "base/LogSink.h"
+#include "base/Paths.h"
 #include "config/FSNamesAndTags.h"
+#include "config/utilities/FileCreation.h"
+#include "mediafilter/MediaCharacterizer.h"
 #include "platform/HeadlessAlertPanel.h"
 #include "platform/linux/LinuxClock.h"
 #include "platform/linux/LinuxDriveFiles.h"
@@ -10,8 +13,11 @@
 #include "platform/linux/LinuxFiles.h"
 #include "platform/linux/LinuxPreferences.h"
 #include "platform/linux/LinuxPropertyLists.h"
+#include "platform/linux/LinuxShellCommands.h"
 #include "platform/linux/LinuxSystemIdentity.h"
+#include "platform/linux/LinuxWorkerThreads.h"
 #include "platform/linux/LinuxWorkspace.h"
+#include "platform/linux/media/LinuxMediaProbe.h"
 #include "platform/linux/volumes/LinuxVolumes.h"
 #include "platform/qt/QtNotifications.h"
 #include "platform/qt/QtRunLoop.h"
@@ -43,6 +49,15 @@ bool anotherAgentRuns(const QDBusConnection& bus) {
     return bus.isConnected() && bus.interface()->isServiceRegistered(vt::application::bundleIdentifier).value();
 }
 
+// What the agent remembers for itself lies here; made on the first start, for this user alone.
+std::string stateFolder(vt::FileService& files, const vt::SystemIdentity& system) {
+    const std::string folder = vt::paths::join(system.stateHome(), "vantaro");
+    const std::uint32_t mode = 0700;
+    if (!vt::createDirectoryAtPath(files, folder, &mode, true, false))
+        vt::systemLog("the state folder \"" + vt::paths::displayText(folder) + "\" could not be made");
+    return folder;
+}
+
 int runAgent(int& argc, char** argv) {
     QCoreApplication application(argc, argv);
     const QDBusConnection bus = QDBusConnection::sessionBus();
@@ -65,6 +80,11 @@ int runAgent(int& argc, char** argv) {
     vt::QtSessionBus sessionBus(bus);
     vt::LinuxFileSystemTable fileSystemTable;
     vt::FSNamesAndTags fileSystems(fileSystemTable);
+    vt::LinuxWorkerThreads threads;
+    vt::LinuxShellCommands shell;
+    vt::LinuxMediaProbe mediaProbe;
+    vt::CharacterizationCache cache(files, stateFolder(files, system) + "/characterizations");
+    vt::MediaCharacterizer media(runLoop, mediaProbe, preferences, files, &cache);
 
     vt::VTApplicationController controller(vt::ApplicationServices{
         .runLoop = runLoop,
@@ -80,12 +100,15 @@ int runAgent(int& argc, char** argv) {
         .alerts = alerts,
         .bus = sessionBus,
         .fileSystems = fileSystems,
+        .threads = &threads,
+        .media = &media,
+        .shell = &shell,
         .makeLogWindow = {},
         .sleep = [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); },
         .quit = [](int exitCode) { vt::QtRunLoop::quit(exitCode); },
         .version = VANTARO_VERSION,
     });
-    const vt::Signals signals([] { vt::QtRunLoop::quit(0); });
+    const vt::Signals endsOnSignal([] { vt::QtRunLoop::quit(0); });
     controller.awakeFromNib();
     if (!controller.applicationWillFinishLaunching()) {
         std::fputs(alreadyRunning, stdout);
@@ -94,6 +117,7 @@ int runAgent(int& argc, char** argv) {
     }
     const int exitCode = runLoop.exec();
     controller.applicationWillTerminate();
+    cache.save();
     return exitCode;
 }
 

@@ -24,6 +24,9 @@
 namespace vt {
 
 class FSNamesAndTags;
+class MediaServices;
+class ShellCommands;
+class WorkerThreads;
 
 namespace application {
 inline constexpr const char* bundleIdentifier = "com.corvane.vantaro";
@@ -44,6 +47,9 @@ struct ApplicationServices {
     AlertPanel& alerts;
     SessionBus& bus;
     FSNamesAndTags& fileSystems;
+    WorkerThreads* threads;                                         // null: threads of the language's own library
+    MediaServices* media;                                           // null: no media file is valid
+    ShellCommands* shell;                                           // null: no command can be started
     std::function<std::unique_ptr<LogWindow>()> makeLogWindow;      // may be empty
     std::function<void(std::chrono::milliseconds)> sleep;           // blocks the calling thread
     std::function<void(int exitCode)> quit;                         // ends the run loop

@@ -215,7 +215,8 @@ void DriveCommands::syncSoonIfContinuous(const std::string& drive) {
 }
 
 void DriveCommands::sendActivityNotification() {
-    _c.continuous.sendActivityNotificationForced(false, std::nullopt);
+    // The caller's reply goes first.
+    _c.services.runLoop.performLater([this] { _c.continuous.sendActivityNotificationForced(false, std::nullopt); });
 }
 
 } // namespace vt
