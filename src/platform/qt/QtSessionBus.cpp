@@ -53,7 +53,8 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
         try {
             return handle(message, connection);
         } catch (const std::exception& exception) {
-            connection.send(message.createErrorReply(qtbus::errorName("Failed"), latin(exception.what())));
+            if (message.isReplyRequired())
+                connection.send(message.createErrorReply(qtbus::errorName("Failed"), latin(exception.what())));
             return true;
         }
     }
@@ -63,7 +64,7 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
         const QString interface = message.interface();
         const QString member = message.member();
         if (interface == latin("org.freedesktop.DBus.Introspectable") && member == latin("Introspect")) {
-            connection.send(message.createReply(latin(qtbus::introspectionXml)));
+            qtbus::reply(message, connection, QVariant(latin(qtbus::introspectionXml)));
             return true;
         }
         // A caller may leave the interface out: the member decides then.
@@ -78,17 +79,24 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
         } else if (drives && (member == latin("Adopt") || member == latin("Forget") || member == latin("Progress") ||
                               member == latin("Eject"))) {
             if (hasSignature(message, connection, "s")) onPath(member, message, connection);
+        } else if (interface.startsWith(latin("com.corvane.vantaro."))) {
+            connection.send(message.createErrorReply(QDBusError::UnknownMethod,
+                                                     interface + latin(" has no method \"") + member + latin("\"")));
         } else {
-            return false; // QtDBus answers for the standard interfaces, or with "unknown method"
+            return false; // QtDBus answers for the standard interfaces
         }
         return true;
     }
 
+    static void invalidArguments(const QDBusMessage& message, const QDBusConnection& connection, const QString& text) {
+        if (message.isReplyRequired()) connection.send(message.createErrorReply(QDBusError::InvalidArgs, text));
+    }
+
     static bool hasSignature(const QDBusMessage& message, const QDBusConnection& connection, const char* signature) {
         if (message.signature() == latin(signature)) return true;
-        connection.send(message.createErrorReply(QDBusError::InvalidArgs, message.member() + latin(" takes \"") +
-                                                                              latin(signature) + latin("\", not \"") +
-                                                                              message.signature() + latin("\"")));
+        invalidArguments(message, connection,
+                         message.member() + latin(" takes \"") + latin(signature) + latin("\", not \"") +
+                             message.signature() + latin("\""));
         return false;
     }
 
@@ -116,7 +124,7 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
         if (!eventClass || !eventId || !parameters) {
             const std::string text =
                 parameters ? "an event class and an event ID have four bytes each" : parameters.error().text;
-            connection.send(message.createErrorReply(QDBusError::InvalidArgs, qtvalues::text(text)));
+            invalidArguments(message, connection, qtvalues::text(text));
             return;
         }
         const bool wantsReply = message.isReplyRequired();

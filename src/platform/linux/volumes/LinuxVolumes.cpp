@@ -12,6 +12,7 @@
 #include "platform/linux/volumes/VolumeSurvey.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace vt {
@@ -56,9 +57,11 @@ class LinuxVolumes::Watch {
 
     // On the monitor's thread.
     bool look() {
-        const auto forgotten = _core->folders.takeForgotten();
         const VolumeSnapshot& now = _survey.look();
-        auto events = _isFirst ? firstVolumeEvents(now) : volumeEvents(_before, now, forgotten);
+        // Taken after the look, so that none is missed; one that the look still saw counts at the next.
+        _forgotten.merge(_core->folders.takeForgotten());
+        auto events = _isFirst ? firstVolumeEvents(now) : volumeEvents(_before, now, _forgotten);
+        std::erase_if(_forgotten, [&now](const std::string& key) { return !now.contains(key); });
         _isFirst = false;
         _before = now;
         if (!events.empty())
@@ -85,8 +88,9 @@ class LinuxVolumes::Watch {
 
     RunLoop& _runLoop;
     std::shared_ptr<Core> _core;
-    VolumeSurvey _survey; // monitor's thread, as the two below
+    VolumeSurvey _survey; // monitor's thread, as the three below
     VolumeSnapshot _before;
+    std::set<std::string> _forgotten; // keys of folder drives that were let go
     bool _isFirst = true;
     std::shared_ptr<Inbox> _inbox;
     VolumeMonitor _monitor; // last: its thread ends before everything that it uses
