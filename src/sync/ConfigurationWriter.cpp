@@ -69,7 +69,6 @@ void ConfigurationWriter::work() {
             _jobs.pop_front();
         }
         _changed.notify_all();
-        _runLoop.performLater([] {}); // a main thread that serves its run loop looks again
     }
 }
 
