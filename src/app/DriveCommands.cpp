@@ -2,6 +2,7 @@
 
 #include "base/Paths.h"
 #include "base/Text.h"
+#include "config/SyncItems.h"
 #include "config/VTConfigurationFile.h"
 #include "config/utilities/SystemStrings.h"
 #include "scripting/KeyedArchive.h"
@@ -78,8 +79,10 @@ void DriveCommands::setSyncList(const std::vector<std::string>& list, const std:
         alertLater("Cannot Update Sync List.", involvedText, drive);
         return;
     }
+    const SyncItems items = normaliseSyncItems(list, HomePaths(_c.services.system.home()));
+    for (const std::string& item : items.refused) _c.log.logMessage(refusedSyncItemText(item));
     found->setCancelPending(false, false);
-    _c.delayed.perform(found, [this, list](VTSyncController& due) {
+    _c.delayed.perform(found, [this, list = items.items](VTSyncController& due) {
         due.updateSyncList(list);
         // The streams were rebuilt while the old list still held.
         _c.updateContinuousSyncSettings();

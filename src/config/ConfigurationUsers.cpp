@@ -42,8 +42,7 @@ void VTConfigurationFile::sayRefused(const std::vector<std::string>& items) cons
             known = !_store->state().refusedItems.insert(item).second;
         }
         if (known) continue;
-        _store->logSink().logMessage(
-            localisedText("The sync item \"%@\" was left out: it is not a usable path.", {item}));
+        _store->logSink().logMessage(refusedSyncItemText(item));
     }
 }
 

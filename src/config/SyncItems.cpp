@@ -1,5 +1,7 @@
 #include "config/SyncItems.h"
 
+#include "base/Text.h"
+
 #include <algorithm>
 
 namespace vt {
@@ -22,6 +24,10 @@ std::optional<std::string> normaliseSyncItem(std::string_view item, const HomePa
     const auto parts = paths::components(tidy);
     if (parts.empty() || std::find(parts.begin(), parts.end(), "..") != parts.end()) return std::nullopt;
     return tidy;
+}
+
+std::string refusedSyncItemText(std::string_view item) {
+    return localisedText("The sync item \"%@\" was left out: it is not a usable path.", {paths::displayText(item)});
 }
 
 SyncItems normaliseSyncItems(const std::vector<std::string>& items, const HomePaths& home) {

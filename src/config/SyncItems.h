@@ -19,6 +19,8 @@ struct SyncItems {
     std::vector<std::string> items;   // in the order given
     std::vector<std::string> refused; // as they were given
 };
+// The log line about an item that was refused.
+[[nodiscard]] std::string refusedSyncItemText(std::string_view item);
 [[nodiscard]] SyncItems normaliseSyncItems(const std::vector<std::string>& items, const HomePaths& home);
 
 } // namespace vt
