@@ -214,7 +214,7 @@ TEST(SyncList, ItemsThatAreNoTextAreRefusedWithALineEachOnce) {
     ASSERT_TRUE(config->setSyncItemList(Items{"~/ok", "/srv/caf\xe9", "../up", ""}));
     EXPECT_EQ(config->syncItemList(), Items{"~/ok"});
     const auto lines = world.log.lines();
-    EXPECT_EQ(lines, (Lines{"The sync item \"/srv/caf\xe9\" was left out: it is not a usable path.",
+    EXPECT_EQ(lines, (Lines{"The sync item \"/srv/caf\xEF\xBF\xBD\" was left out: it is not a usable path.",
                             "The sync item \"../up\" was left out: it is not a usable path.",
                             "The sync item \"\" was left out: it is not a usable path."}));
     ASSERT_TRUE(config->setSyncItemList(Items{"../up"}));
