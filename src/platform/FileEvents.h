@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace vt {
 
@@ -20,6 +21,9 @@ struct FileEventSettings {
     std::uint64_t sinceWhen = ~0ULL; // all ones: since now
     double latency = 0.5;            // seconds
     std::uint32_t flags = 0;
+    // Called in place of `changed` when everything below has come to be watched: what changed before may have been
+    // missed. Not called for a folder that was watched all the time. Empty: `changed` is called.
+    std::function<void()> complete;
 };
 
 class FileEvents {
@@ -28,6 +32,9 @@ class FileEvents {
     // Null when the stream cannot be made (out of watches); `changed` runs on the main thread.
     [[nodiscard]] virtual std::unique_ptr<FileEventStream>
     stream(const std::string& path, const FileEventSettings& settings, std::function<void()> changed) = 0;
+    // From now on what stands in these folders concerns no stream of a folder above them: the drives in service, whose
+    // content is what the agent itself writes. Absolute paths; replaces those given before.
+    virtual void leaveOut(const std::vector<std::string>& folders) = 0;
 };
 
 } // namespace vt
