@@ -3,6 +3,8 @@
 #include "platform/qt/QtValues.h"
 #include "support/BusGround.h"
 
+#include <QDBusConnectionInterface>
+
 #include <gtest/gtest.h>
 
 namespace vt::test {
@@ -13,6 +15,11 @@ constexpr const char* object = "com.corvane.vantaro.notifications";
 
 class QtNotificationsTest : public ::testing::Test {
   protected:
+    // Both ends have subscribed once the bus has answered something later.
+    void SetUp() override {
+        for (const QDBusConnection& connection : {ground.agent, ground.caller})
+            ASSERT_TRUE(connection.interface()->isServiceRegistered(QStringLiteral("org.freedesktop.DBus")).value());
+    }
     Notifications::Handler keep() {
         return [this](const Value::Dictionary& userInfo) { heard.push_back(userInfo); };
     }
