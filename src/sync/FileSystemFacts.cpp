@@ -42,16 +42,14 @@ std::string trimmed(std::string_view text) {
     return std::string(text.substr(first, text.find_last_not_of(" \t\r") - first + 1));
 }
 
-// A text as one word of a shell command.
+// A text as one word of a shell command, in double quotes.
 std::string shellQuoted(const std::string& text) {
-    std::string quoted = "'";
+    std::string quoted = "\"";
     for (const char c : text) {
-        if (c == '\'')
-            quoted += "'\\''";
-        else
-            quoted += c;
+        if (c == '"' || c == '\\' || c == '$' || c == '`') quoted += '\\';
+        quoted += c;
     }
-    return quoted + "'";
+    return quoted + "\"";
 }
 
 } // namespace
