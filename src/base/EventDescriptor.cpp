@@ -86,8 +86,12 @@ std::string leafText(const EventDescriptor& leaf, const std::string& bytes) {
 std::string EventDescriptor::description() const {
     if (const std::string* leaf = bytes()) return leafText(*this, *leaf);
     if (const List* items = list()) {
-        std::string text = "[";
-        for (const EventDescriptor& item : *items) text += (text.size() > 1 ? ", " : " ") + item.description();
+        std::string text = _type == descriptortype::typeAEList ? "[" : "'" + _type.text() + "'[";
+        bool first = true;
+        for (const EventDescriptor& item : *items) {
+            text += (first ? " " : ", ") + item.description();
+            first = false;
+        }
         return text + " ]";
     }
     std::string text = _type == descriptortype::typeAERecord ? "{" : "'" + _type.text() + "'{";

@@ -40,7 +40,9 @@ class EventDescriptor {
 
     EventDescriptor() : _type(descriptortype::typeNull) {}
     EventDescriptor(FourCharCode type, std::string bytes) : _type(type), _content(std::move(bytes)) {}
-    explicit EventDescriptor(List items) : _type(descriptortype::typeAEList), _content(std::move(items)) {}
+    explicit EventDescriptor(List items) : EventDescriptor(descriptortype::typeAEList, std::move(items)) {}
+    // A list under another type code than its own: what a sender made up keeps the type that it claims.
+    EventDescriptor(FourCharCode type, List items) : _type(type), _content(std::move(items)) {}
     explicit EventDescriptor(Record fields) : EventDescriptor(descriptortype::typeAERecord, std::move(fields)) {}
     EventDescriptor(FourCharCode type, Record fields) : _type(type), _content(std::move(fields)) {}
 

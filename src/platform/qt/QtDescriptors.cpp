@@ -1,5 +1,6 @@
 #include "platform/qt/QtDescriptors.h"
 
+#include "platform/DescriptorDecoder.h"
 #include "platform/qt/QtValues.h"
 
 #include <QDBusArgument>
@@ -10,6 +11,8 @@
 #include <cerrno>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace vt::qtdescriptors {
 
@@ -38,9 +41,6 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, WireDescriptor& d
 
 namespace {
 
-constexpr int deepestDescriptor = 64;
-constexpr std::size_t bytesPerDescriptor = 16; // counted besides the bytes, so that a flood of empty ones is large too
-
 Error refused(int code, std::string text) {
     return Error{code, Disposition::skipItem, {}, std::move(text)};
 }
@@ -48,7 +48,7 @@ Error refused(int code, std::string text) {
 class Walk {
   public:
     bool take(std::size_t bytes) {
-        _used += bytes + bytesPerDescriptor;
+        _used += bytes + descriptorlimits::bytesPerDescriptor;
         if (_used > qtvalues::largestContent) fail(E2BIG, "the descriptors are larger than 16 MiB");
         return ok();
     }
@@ -100,59 +100,45 @@ WireDescriptor wire(const EventDescriptor& descriptor, int containers, Walk& wal
     return result;
 }
 
-EventDescriptor::Record readRecord(const QDBusArgument& argument, const std::string& place, int depth, Walk& walk);
+// Reads a message with QtDBus: a value that is no list or record comes whole, the others as a cursor of their own.
+class MessageReader final : public DescriptorReader {
+  public:
+    explicit MessageReader(QDBusArgument record) : _open{std::move(record)} { here().beginMap(); }
 
-EventDescriptor readDescriptor(const QDBusArgument& argument, const std::string& place, int depth, Walk& walk) {
-    if (depth > deepestDescriptor) walk.fail(ELOOP, place + ": nested deeper than 64 levels");
-    if (!walk.take(0)) return {};
-    WireDescriptor read;
-    argument >> read;
-    const auto type = FourCharCode::fromText(read.typeCode.toUtf8().toStdString());
-    if (!type) {
-        walk.fail(EINVAL, place + ": a type code has four bytes");
-        return {};
-    }
-    const QVariant value = read.value.variant();
-    if (value.typeId() == QMetaType::QByteArray) {
-        std::string bytes = value.toByteArray().toStdString();
-        if (!walk.take(bytes.size())) return {};
-        return EventDescriptor(*type, std::move(bytes));
-    }
-    const bool nested = value.metaType() == QMetaType::fromType<QDBusArgument>();
-    const auto inner = nested ? value.value<QDBusArgument>() : QDBusArgument();
-    const QString signature = nested ? inner.currentSignature() : QString();
-    if (signature == QLatin1String("a(sv)")) {
-        EventDescriptor::List items;
-        inner.beginArray();
-        while (!inner.atEnd() && walk.ok())
-            items.push_back(
-                readDescriptor(inner, place + "[" + std::to_string(items.size() + 1) + "]", depth + 1, walk));
-        return EventDescriptor(std::move(items));
-    }
-    if (signature == QLatin1String("a{s(sv)}"))
-        return EventDescriptor(*type, readRecord(inner, place, depth + 1, walk));
-    walk.fail(EINVAL, place + ": the value must be of type ay, a(sv) or a{s(sv)}");
-    return {};
-}
-
-EventDescriptor::Record readRecord(const QDBusArgument& argument, const std::string& place, int depth, Walk& walk) {
-    EventDescriptor::Record record;
-    argument.beginMap();
-    while (!argument.atEnd() && walk.ok()) {
-        argument.beginMapEntry();
+    bool atEnd() override { return here().atEnd(); }
+    std::string enterEntry() override {
+        here().beginMapEntry();
         QString key;
-        argument >> key;
-        const std::string name = key.toUtf8().toStdString();
-        const auto keyword = FourCharCode::fromText(name);
-        if (!keyword) {
-            walk.fail(EINVAL, place + ": the key \"" + name.substr(0, 64) + "\" is no four-character keyword");
-            break;
-        }
-        record.insert_or_assign(*keyword, readDescriptor(argument, place + "." + name, depth, walk));
-        if (walk.ok()) argument.endMapEntry();
+        here() >> key;
+        return key.toUtf8().toStdString();
     }
-    return record;
-}
+    void leaveEntry() override { here().endMapEntry(); }
+    std::string typeCode() override {
+        WireDescriptor read;
+        here() >> read;
+        _value = read.value.variant();
+        return read.typeCode.toUtf8().toStdString();
+    }
+    Shape enterValue() override {
+        if (_value.typeId() == QMetaType::QByteArray) return Shape::bytes;
+        if (_value.metaType() != QMetaType::fromType<QDBusArgument>()) return Shape::other;
+        auto inner = _value.value<QDBusArgument>();
+        const QString signature = inner.currentSignature();
+        const bool isList = signature == QLatin1String("a(sv)");
+        if (!isList && signature != QLatin1String("a{s(sv)}")) return Shape::other;
+        _open.push_back(std::move(inner));
+        isList ? here().beginArray() : here().beginMap();
+        return isList ? Shape::list : Shape::record;
+    }
+    std::string bytes() override { return std::exchange(_value, {}).toByteArray().toStdString(); }
+    void leaveValue() override { _open.pop_back(); }
+
+  private:
+    // Reading goes through the constant operators; the others write.
+    [[nodiscard]] const QDBusArgument& here() const { return _open.back(); }
+    std::vector<QDBusArgument> _open;
+    QVariant _value;
+};
 
 } // namespace
 
@@ -172,10 +158,8 @@ Result<QVariant> toBus(const EventDescriptor::Record& record) {
 Result<EventDescriptor::Record> fromBus(const QVariant& argument) {
     if (argument.metaType() != QMetaType::fromType<QDBusArgument>())
         return refused(EINVAL, "parameters: the value must be of type a{s(sv)}");
-    Walk walk;
-    auto record = readRecord(argument.value<QDBusArgument>(), "parameters", 1, walk);
-    if (!walk.ok()) return walk.error();
-    return record;
+    MessageReader reader(argument.value<QDBusArgument>());
+    return decodeDescriptors(reader);
 }
 
 } // namespace vt::qtdescriptors
