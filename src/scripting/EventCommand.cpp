@@ -64,6 +64,7 @@ void setSyncList(EventCall& call) {
         debug(call, "item URL #%d is %@ (%@)", {number, paths::displayText(*path), paths::displayText(abbreviated)});
         list.push_back(abbreviated);
     }
+    debug(call, "main URL is %@", {paths::displayText(call.drive)});
     call.target.setSyncList(list, call.drive);
 }
 

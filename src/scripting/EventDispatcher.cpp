@@ -89,7 +89,9 @@ EventDescriptor::Record EventDispatcher::run(const EventCommand& command, const 
     const EventDescriptor* argument = nullptr;
     if (failure.empty() && command.parameterKind != ParameterKind::none) {
         argument = parameter(command, event, failure);
-        if (failure.empty()) debugLine("-" + handler + ": main URL is " + paths::displayText(drive));
+        // Named again just before acting; a list is taken apart first.
+        if (failure.empty() && command.parameterKind != ParameterKind::list)
+            debugLine("-" + handler + ": main URL is " + paths::displayText(drive));
     }
 
     EventCall call{_target, handler, drive, argument, emptyResult(command.replyKind)};

@@ -50,7 +50,7 @@ class EventTarget {
     virtual void updateFileValidatorForDrive(const std::string& drive) = 0;
     // Schedules a sync after the usual second when continuous sync and participation are on.
     virtual void syncSoonIfContinuous(const std::string& drive) = 0;
-    virtual void sendActivityNotification() = 0; // unforced, with nothing
+    virtual void sendActivityNotification() = 0; // unforced, with nothing, after the reply
 };
 
 } // namespace vt

@@ -289,6 +289,31 @@ TEST_F(EventCommands, TheMountPathIsCleanedAtTheCommand) {
     EXPECT_EQ(target.calls, Calls{"start /media/ann/Stick"});
 }
 
+TEST_F(EventCommands, AListUnderAnotherTypeCodeIsNoList) {
+    EventDescriptor::Record more;
+    more.emplace("ITMZ"_fcc, EventDescriptor("utf8"_fcc, EventDescriptor::List{url("/a")}));
+    EXPECT_EQ(errorText(event("SETL"_fcc, more)), "ITMZ property not typeAEList");
+    EXPECT_EQ(target.calls, Calls{});
+}
+
+TEST_F(EventCommands, TheSyncListIsTakenApartBeforeItsUrlIsNamedAgain) {
+    EventDescriptor::Record more;
+    more.emplace("ITMZ"_fcc, EventDescriptor(EventDescriptor::List{url("/a")}));
+    send(event("SETL"_fcc, more));
+    EXPECT_EQ(target.log.debugLines,
+              (Calls{"> handleSetSyncListEvent: { '----':'furl'(\"file:///media/ann/Stick\"), 'ITMZ':[ "
+                     "'furl'(\"file:///a\") ] }",
+                     "-handleSetSyncListEvent: main URL is /media/ann/Stick",
+                     "-handleSetSyncListEvent: item URL #1 is /a (/a)",
+                     "-handleSetSyncListEvent: main URL is /media/ann/Stick", "< handleSetSyncListEvent: { }"}));
+}
+
+TEST_F(EventCommands, WhatACommandDoesNotAskForIsLeftAlone) {
+    EventDescriptor::Record more;
+    more.emplace("ITMZ"_fcc, EventDescriptor("utf8"_fcc, "surplus"));
+    EXPECT_EQ(direct(event("QURY"_fcc, more)), boolean(true));
+}
+
 TEST_F(EventCommands, TheFrameIsDebugLoggedAndSettersNameTheUrlTwice) {
     EventDescriptor::Record more;
     more.emplace("QSSP"_fcc, boolean(true));
