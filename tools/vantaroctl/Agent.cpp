@@ -2,9 +2,14 @@
 
 #include "vantaroctl/Failure.h"
 
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QStringDecoder>
+
+#include <utility>
 
 namespace ctl {
 
@@ -56,6 +61,20 @@ QJsonObject completeDrive(QJsonObject drive) {
 
 } // namespace
 
+QByteArray absolutePath(const QByteArray& path) {
+    if (path.isEmpty()) throw Failure{usageError, "an empty path names nothing"};
+    const QByteArray absolute = path.startsWith('/') ? path : QFile::encodeName(QDir::currentPath()) + "/" + path;
+    QList<QByteArray> kept;
+    for (const QByteArray& component : absolute.split('/')) {
+        if (component.isEmpty() || component == ".") continue;
+        if (component == "..") {
+            if (!kept.isEmpty()) kept.removeLast();
+        } else
+            kept.append(component);
+    }
+    return "/" + kept.join('/');
+}
+
 QJsonObject toJson(const QVariantMap& map) {
     QJsonObject json;
     for (auto entry = map.cbegin(); entry != map.cend(); ++entry) json.insert(entry.key(), toJsonValue(entry.value()));
@@ -84,6 +103,8 @@ QVariantList Agent::call(const char* interface, const char* method, const QVaria
     if (name == "org.freedesktop.DBus.Error.ServiceUnknown" || name == "org.freedesktop.DBus.Error.NameHasNoOwner" ||
         name == "org.freedesktop.DBus.Error.Disconnected")
         throw Failure{noAgent, "the agent is not running"};
+    // Also what the bus says for an agent that ended in the middle of a call.
+    if (name == "org.freedesktop.DBus.Error.NoReply" && !isRunning()) throw Failure{noAgent, "the agent has ended"};
     if (name == "org.freedesktop.DBus.Error.NoReply" || name == "org.freedesktop.DBus.Error.Timeout")
         throw Failure{timedOut, "the agent did not answer"};
     throw Failure{agentError, reply.errorMessage()};
@@ -136,19 +157,39 @@ void Agent::quit() {
     call(eventsInterface, "Send", {QString("aevt"), QString("quit"), QVariant::fromValue(Record())});
 }
 
+bool Agent::isRunning() const {
+    return _bus.isConnected() && _bus.interface()->isServiceRegistered(service).value();
+}
+
 QString Agent::resolve(const QByteArray& drive) {
-    const QString absolute =
-        drive.isEmpty() ? QString() : QDir::cleanPath(QDir::current().absoluteFilePath(QString::fromUtf8(drive)));
+    return resolve(drive, true);
+}
+QString Agent::resolveExactly(const QByteArray& drive) {
+    return resolve(drive, false);
+}
+
+QString Agent::resolve(const QByteArray& drive, bool below) {
     const QString name = QString::fromUtf8(drive);
-    QString best;
-    QStringList named;
-    for (const QJsonValue& value : drives()) {
-        const QString mountPoint = value["mountPoint"].toString();
-        if ((absolute == mountPoint || absolute.startsWith(mountPoint + "/")) && mountPoint.size() > best.size())
-            best = mountPoint;
-        if (value["name"].toString() == name) named.append(mountPoint);
+    QStringList paths;
+    if (!drive.isEmpty()) {
+        paths.append(QString::fromUtf8(absolutePath(drive)));
+        // A path may lead to the drive through links.
+        if (const QString canonical = QFileInfo(paths.first()).canonicalFilePath(); !canonical.isEmpty())
+            paths.append(canonical);
     }
-    if (!best.isEmpty()) return best;
+    const QJsonArray served = drives();
+    QStringList named;
+    for (const QString& path : std::as_const(paths)) {
+        QString best;
+        for (const QJsonValue& value : served) {
+            const QString mountPoint = value["mountPoint"].toString();
+            if ((path == mountPoint || (below && path.startsWith(mountPoint + "/"))) && mountPoint.size() > best.size())
+                best = mountPoint;
+        }
+        if (!best.isEmpty()) return best;
+    }
+    for (const QJsonValue& value : served)
+        if (value["name"].toString() == name) named.append(value["mountPoint"].toString());
     if (named.size() == 1) return named.first();
     if (named.size() > 1)
         throw Failure{agentError, QString("several drives are named \"%1\": %2").arg(name, named.join(", "))};

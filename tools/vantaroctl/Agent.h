@@ -34,6 +34,9 @@ class Agent : public QObject {
 
     // A mount point, a path below one, or the only drive of that name: its mount point.
     [[nodiscard]] QString resolve(const QByteArray& drive);
+    // The same without paths below one: for what must not meet another drive than the one that was meant.
+    [[nodiscard]] QString resolveExactly(const QByteArray& drive);
+    [[nodiscard]] bool isRunning() const;
 
     // Activity notifications and the end of the agent, from now on.
     void follow();
@@ -47,10 +50,13 @@ class Agent : public QObject {
     void ownerChanged(const QString& name, const QString& before, const QString& after);
 
   private:
+    [[nodiscard]] QString resolve(const QByteArray& drive, bool below);
     QVariantList call(const char* interface, const char* method, const QVariantList& arguments);
     QDBusConnection _bus;
 };
 
+// Absolute, without ".", ".." and "//"; relative paths start at the current folder. An empty path is a Failure.
+[[nodiscard]] QByteArray absolutePath(const QByteArray& path);
 [[nodiscard]] QJsonObject toJson(const QVariantMap& map);
 // Only valid UTF-8 can name something on the bus.
 [[nodiscard]] QString busText(const QByteArray& path);

@@ -1,12 +1,13 @@
 #include "vantaroctl/AgentLog.h"
 
-#include <QDir>
+#include "vantaroctl/UserFolders.h"
+
 #include <QFile>
 #include <QRegularExpression>
 
 namespace ctl {
 
-AgentLog::AgentLog() : _path(QDir::homePath() + "/Library/Logs/Vantaro.log") {}
+AgentLog::AgentLog() : _path(homeFolder() + "/Library/Logs/Vantaro.log") {}
 
 QByteArray AgentLog::readNew() {
     QFile file(_path);

@@ -2,15 +2,21 @@
 
 #include "vantaroctl/Failure.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace ctl {
 
 namespace {
 
+constexpr double longestTimeout = 2'000'000; // seconds; what a timer of milliseconds holds
+
 double secondsOf(const QByteArray& text) {
     bool ok = false;
     const double seconds = text.toDouble(&ok);
-    if (!ok || seconds < 0) throw Failure{usageError, "--timeout takes a number of seconds, not \"" + text + "\""};
-    return seconds;
+    if (!ok || !std::isfinite(seconds) || seconds < 0)
+        throw Failure{usageError, "--timeout takes a number of seconds, not \"" + text + "\""};
+    return std::min(seconds, longestTimeout);
 }
 
 } // namespace
@@ -40,7 +46,7 @@ CommandLine CommandLine::parse(const QList<QByteArray>& arguments) {
         else if (argument == "--help" || argument == "-h")
             line.help = true;
         else if (argument == "--version")
-            line.command = argument;
+            line.version = true;
         else if (argument.startsWith("--timeout="))
             line.timeout = secondsOf(argument.mid(10));
         else if (argument == "--timeout") {

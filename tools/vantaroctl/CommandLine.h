@@ -16,6 +16,7 @@ struct CommandLine {
     bool wait = false;
     bool follow = false;
     bool help = false;
+    bool version = false;
     std::optional<double> timeout; // seconds
 
     // Arguments as given to the program, without its name. After "--", and for "event", everything is positional.

@@ -1,5 +1,6 @@
 #include "vantaroctl/Commands.h"
 
+#include "vantaroctl/Settings.h"
 #include "vantaroctl/Terminal.h"
 
 #include <algorithm>
@@ -8,7 +9,7 @@
 namespace ctl {
 
 std::span<const Command> commands() {
-    static const std::array<Command, 21> rows = {{
+    static const std::array<Command, 23> rows = {{
         {"drives", "", "Show the drives that the agent serves.", "vantaroctl drives --json", 0, 0, "json", listDrives},
         {"volumes", "", "Show every mounted volume the agent could serve, and why it does not.", "vantaroctl volumes",
          0, 0, "json", listVolumes},
@@ -25,8 +26,8 @@ std::span<const Command> commands() {
          addToList},
         {"drop", "DRIVE PATH...", "Take off the sync list; copies stay on the drive.", "vantaroctl drop Stick ~/Movies",
          2, -1, "timeout", dropFromList},
-        {"get", "DRIVE NAME", "Show a setting of the drive.", "vantaroctl get Stick device-filter", 2, 2, "",
-         getSetting},
+        {"get", "DRIVE NAME", "Show a setting of the drive, or whether the drive is valid.",
+         "vantaroctl get Stick device-filter", 2, 2, "", getSetting},
         {"set", "DRIVE NAME VALUE", "Change a setting of the drive.", "vantaroctl set Stick continuous off", 3, 3, "",
          setSetting},
         {"start", "DRIVE", "Start a sync.", "vantaroctl start Stick --wait", 1, 1, "wait timeout", startSync},
@@ -41,7 +42,11 @@ std::span<const Command> commands() {
         {"log", "", "Print the agent's log.", "vantaroctl log --follow", 0, 0, "follow", showLog},
         {"event", "CLASS ID [KEY=TYPE:VALUE]...", "Send one raw event and print the reply's descriptors.",
          "vantaroctl event vnTR GETL ----=furl:/media/ann/Stick", 2, -1, "", sendEvent},
+        {"debug", "[on|off]", "Show or switch the debug lines in the agent's log.", "vantaroctl debug on", 0, 1, "",
+         switchDebug},
         {"quit", "", "End the agent.", "vantaroctl quit", 0, 0, "", quitAgent},
+        {"complete", "KIND [COMMAND]", "Print the words that a shell completes.", "vantaroctl complete drives", 1, 2,
+         "", complete, true},
     }};
     return rows;
 }
@@ -52,25 +57,49 @@ const Command* commandNamed(const QByteArray& name) {
     return found == all.end() ? nullptr : &*found;
 }
 
+QString usageOf(const Command& command) {
+    QString usage = QString("vantaroctl %1 %2").arg(QString(command.name), QString(command.arguments)).trimmed();
+    for (const QString& option : QString(command.options).split(' ', Qt::SkipEmptyParts))
+        usage += option == "timeout" ? QString(" [--timeout SECONDS]") : " [--" + option + "]";
+    return usage;
+}
+
+namespace {
+
+void printAllCommands() {
+    printLine("Usage: vantaroctl COMMAND [ARGUMENTS] [OPTIONS]\n\nCommands:");
+    for (const Command& row : commands())
+        if (!row.hidden) printLine(QString("  %1 %2").arg(QString(row.name), -11).arg(row.summary));
+    printLine("\nDRIVE is a mount point, a path below it, or an unambiguous drive name.");
+    printLine("--json prints machine-readable data; --version prints the version.");
+    printLine("\"vantaroctl COMMAND --help\" shows a command's arguments and an example.");
+    printLine("\nExit codes: 0 done, 1 the agent answered with an error, 2 usage, 3 no agent is running,");
+    printLine("4 timed out, 5 the sync ended without success, 130 interrupted.");
+}
+
+// What a command's arguments may be, where its usage cannot tell.
+QString argumentHelp(const QByteArray& command) {
+    if (command == "get") return "NAME is one of " + settingNames(false).join(", ") + ".";
+    if (command == "set")
+        return "NAME is one of " + settingNames(true).join(", ") +
+               ".\nVALUE is on or off; for device-filter 0 to 8 or one of " + deviceClassNames().join(", ") + ".";
+    if (command == "event")
+        return "TYPE is a descriptor's type: furl (a path or URL), true, fals, long (a 32-bit integer), utf8,\n"
+               "list (items separated by commas; a path, or TYPE:VALUE); bytes of any other type are hexadecimal.";
+    if (command == "set-list" || command == "add" || command == "drop")
+        return "Waits until the drive is idle, 600 seconds unless --timeout says otherwise.";
+    if (command == "start") return "--wait shows the progress and returns when the sync has ended.";
+    if (command == "debug") return "Works without a running agent too, and holds from the next line on.";
+    return {};
+}
+
+} // namespace
+
 void printHelp(const Command* command) {
-    if (command == nullptr) {
-        printLine("Usage: vantaroctl COMMAND [ARGUMENTS] [OPTIONS]\n\nCommands:");
-        for (const Command& row : commands())
-            printLine(QString("  %1 %2").arg(QString(row.name), -11).arg(row.summary));
-        printLine("\nDRIVE is a mount point, a path below it, or an unambiguous drive name.");
-        printLine("\"vantaroctl COMMAND --help\" shows a command's arguments and an example.");
-        return;
-    }
-    QString usage =
-        QString("Usage: vantaroctl %1 %2").arg(QString(command->name), QString(command->arguments)).trimmed();
-    for (const QString& option : QString(command->options).split(' ', Qt::SkipEmptyParts))
-        usage += option == "timeout" ? " [--timeout SECONDS]" : " [--" + option + "]";
-    printLine(usage);
+    if (command == nullptr) return printAllCommands();
+    printLine("Usage: " + usageOf(*command));
     printLine(QString("\n%1").arg(command->summary));
-    if (QByteArray(command->name) == "get" || QByteArray(command->name) == "set")
-        printLine("\nNAME is continuous, movies, music, pictures, documents, participate, quiet (on or off)\n"
-                  "or device-filter (0 to 8, or unlimited, apple-high, apple-unlimited, apple-low,\n"
-                  "android, kindle-fire, kindle-fire-hd, windows-rt).");
+    if (const QString help = argumentHelp(command->name); !help.isEmpty()) printLine("\n" + help);
     printLine(QString("\nExample: %1").arg(command->example));
 }
 

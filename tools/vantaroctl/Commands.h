@@ -17,11 +17,13 @@ struct Command {
     int most;            // -1: any number
     const char* options; // of "json wait follow timeout", those that it takes
     int (*run)(const CommandLine& line);
+    bool hidden = false; // for other programs; the help does not show it
 };
 
 [[nodiscard]] std::span<const Command> commands();
 [[nodiscard]] const Command* commandNamed(const QByteArray& name);
-void printHelp(const Command* command); // null: the whole program
+[[nodiscard]] QString usageOf(const Command& command); // "vantaroctl list DRIVE [--json]"
+void printHelp(const Command* command);                // null: the whole program
 
 // Ready-made answers for several files of commands.
 int listDrives(const CommandLine& line);
@@ -44,6 +46,8 @@ int watchActivity(const CommandLine& line);
 int removeSync(const CommandLine& line);
 int showLog(const CommandLine& line);
 int sendEvent(const CommandLine& line);
+int switchDebug(const CommandLine& line);
 int quitAgent(const CommandLine& line);
+int complete(const CommandLine& line);
 
 } // namespace ctl

@@ -79,11 +79,15 @@ Descriptor parseDescriptor(const QByteArray& text) {
         QList<Descriptor> items;
         for (const QByteArray& item : value.split(',')) {
             if (item.isEmpty()) continue;
-            items.append(item.indexOf(':') == 4 ? parseDescriptor(item) : parseDescriptor("furl:" + item));
+            const bool isTyped = item.indexOf(':') == 4 && !item.startsWith("file:");
+            items.append(parseDescriptor(isTyped ? item : "furl:" + item));
         }
         return listDescriptor(items);
     }
-    return {QString::fromLatin1(type), QByteArray::fromHex(value)};
+    const QByteArray bytes = QByteArray::fromHex(value);
+    if (bytes.toHex() != value.toLower())
+        throw Failure{usageError, "bytes are written as pairs of hexadecimal digits: " + value};
+    return {QString::fromUtf8(type), bytes};
 }
 
 QString describe(const Descriptor& descriptor) {

@@ -2,18 +2,15 @@
 #include "vantaroctl/Failure.h"
 #include "vantaroctl/Terminal.h"
 
-#include <QDir>
+#include <QElapsedTimer>
+#include <QThread>
 
 namespace ctl {
 
 namespace {
 
-QByteArray absolutePath(const QByteArray& path) {
-    if (path.isEmpty()) throw Failure{usageError, "an empty path names nothing"};
-    QByteArray absolute = path.startsWith('/') ? path : QDir::currentPath().toUtf8() + "/" + path;
-    while (absolute.size() > 1 && absolute.endsWith('/')) absolute.chop(1);
-    return absolute;
-}
+constexpr qint64 patienceWithTheEnd = 30'000; // milliseconds
+constexpr unsigned long pollInterval = 50;    // milliseconds
 
 QString onOff(const QJsonValue& value) {
     return value.toBool() ? "on" : "off";
@@ -83,7 +80,7 @@ int adoptDrive(const CommandLine& line) {
 
 int forgetDrive(const CommandLine& line) {
     Agent agent;
-    agent.forget(agent.resolve(line.arguments[0]).toUtf8());
+    agent.forget(agent.resolveExactly(line.arguments[0]).toUtf8());
     return done;
 }
 
@@ -115,6 +112,13 @@ int stopSync(const CommandLine& line) {
 int quitAgent(const CommandLine&) {
     Agent agent;
     agent.quit();
+    // Another one can be started when this command returns.
+    QElapsedTimer sinceAsked;
+    sinceAsked.start();
+    while (agent.isRunning()) {
+        if (sinceAsked.elapsed() > patienceWithTheEnd) throw Failure{timedOut, "the agent has not ended"};
+        QThread::msleep(pollInterval);
+    }
     return done;
 }
 
@@ -130,7 +134,9 @@ int sendEvent(const CommandLine& line) {
     const Record reply = agent.sendRaw(line.text(0), line.text(1), parameters);
     for (auto field = reply.cbegin(); field != reply.cend(); ++field)
         printLine(field.key() + "=" + describe(field.value()));
-    return reply.contains("errn") ? agentError : done;
+    if (!reply.contains("errn") && !reply.contains("errs")) return done;
+    printError(QString::fromUtf8(reply.value("errs").bytes()));
+    return agentError;
 }
 
 } // namespace ctl

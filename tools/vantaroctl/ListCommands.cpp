@@ -3,15 +3,17 @@
 #include "vantaroctl/Terminal.h"
 #include "vantaroctl/Waiting.h"
 
-#include <QDir>
 #include <QElapsedTimer>
+
+#include <utility>
 
 namespace ctl {
 
 namespace {
 
-constexpr double usualTimeout = 600;         // seconds, for a drive that is busy
-constexpr qint64 patienceForAnswer = 10'000; // milliseconds after the list was sent
+constexpr double usualTimeout = 600;        // seconds, for a drive that is busy
+constexpr qint64 patienceForAnswer = 5'000; // milliseconds after the list was sent
+constexpr int mostTries = 2;
 
 QList<QByteArray> currentList(Agent& agent, const QString& drive) {
     QList<QByteArray> list;
@@ -19,24 +21,10 @@ QList<QByteArray> currentList(Agent& agent, const QString& drive) {
     return list;
 }
 
-QByteArray cleanAbsolute(const QByteArray& path) {
-    if (path.isEmpty()) throw Failure{usageError, "an empty path names nothing"};
-    const QByteArray absolute = path.startsWith('/') ? path : QDir::currentPath().toUtf8() + "/" + path;
-    QList<QByteArray> kept;
-    for (const QByteArray& component : absolute.split('/')) {
-        if (component.isEmpty() || component == ".") continue;
-        if (component == "..") {
-            if (!kept.isEmpty()) kept.removeLast();
-        } else
-            kept.append(component);
-    }
-    return "/" + kept.join('/');
-}
-
 QList<QByteArray> namedPaths(const CommandLine& line) {
     QList<QByteArray> list;
     for (const QByteArray& argument : line.arguments.mid(1)) {
-        const QByteArray path = cleanAbsolute(argument);
+        const QByteArray path = absolutePath(argument);
         if (!list.contains(path)) list.append(path);
     }
     return list;
@@ -46,29 +34,38 @@ bool isIdle(Agent& agent, const QString& drive) {
     return agent.progress(drive)["syncIsBusy"].toInt() == 0;
 }
 
-// A list is refused while a sync is queued; then it is sent again once the drive is idle.
+// Sends the list when the drive is idle and waits until it is the drive's. A sync that began just then makes the agent
+// refuse it without an error: the list is sent once more, then it counts as refused.
+class Replacement {
+  public:
+    Replacement(Agent& agent, QString drive, QList<QByteArray> list)
+        : _agent(agent), _drive(std::move(drive)), _list(std::move(list)) {}
+
+    bool isOver() {
+        if (_sent > 0 && currentList(_agent, _drive) == _list) return true;
+        if (!isIdle(_agent, _drive)) return false;
+        if (_sent > 0 && _sinceSent.elapsed() <= patienceForAnswer) return false;
+        if (_sent == mostTries) throw Failure{agentError, "the agent did not take the list as it is; its log says why"};
+        QList<Descriptor> items;
+        for (const QByteArray& path : _list) items.append(fileDescriptor(path));
+        _agent.send("SETL", _drive, {{"ITMZ", listDescriptor(items)}});
+        _sinceSent.start();
+        ++_sent;
+        return false;
+    }
+
+  private:
+    Agent& _agent;
+    QString _drive;
+    QList<QByteArray> _list;
+    QElapsedTimer _sinceSent;
+    int _sent = 0;
+};
+
 int replaceList(Agent& agent, const QString& drive, const QList<QByteArray>& list, const CommandLine& line) {
-    QList<Descriptor> items;
-    for (const QByteArray& path : list) items.append(fileDescriptor(path));
-    QElapsedTimer sinceSent;
-    bool refused = false;
+    Replacement replacement(agent, drive, list);
     waitUntil(
-        agent,
-        [&] {
-            if (sinceSent.isValid() && currentList(agent, drive) == list) return true;
-            const bool idle = isIdle(agent, drive);
-            if (!sinceSent.isValid()) {
-                if (!idle) return false;
-                agent.send("SETL", drive, {{"ITMZ", listDescriptor(items)}});
-                sinceSent.start();
-            } else if (idle && sinceSent.elapsed() > patienceForAnswer) {
-                refused = true;
-                return true;
-            }
-            return false;
-        },
-        line.timeout.value_or(usualTimeout));
-    if (refused) throw Failure{agentError, "the agent did not take the list as it is; its log says why"};
+        agent, [&] { return replacement.isOver(); }, line.timeout.value_or(usualTimeout));
     return done;
 }
 

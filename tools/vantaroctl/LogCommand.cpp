@@ -24,6 +24,7 @@ int showLog(const CommandLine& line) {
     write(log.readNew());
     if (!line.follow) return done;
     Agent agent;
+    if (!agent.isRunning()) throw Failure{noAgent, "the agent is not running"};
     waitUntil(
         agent,
         [&] {

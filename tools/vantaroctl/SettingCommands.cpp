@@ -1,5 +1,6 @@
 #include "vantaroctl/Commands.h"
 #include "vantaroctl/Failure.h"
+#include "vantaroctl/Settings.h"
 #include "vantaroctl/Terminal.h"
 
 #include <algorithm>
@@ -48,15 +49,9 @@ const Setting& settingNamed(const QByteArray& name, bool writable) {
     const auto found =
         std::find_if(settings.begin(), settings.end(), [&](const Setting& setting) { return name == setting.name; });
     if (found == settings.end() || (writable && found->setter == nullptr))
-        throw Failure{usageError, "unknown setting \"" + QString::fromUtf8(name) + "\""};
+        throw Failure{usageError, QString("unknown setting \"%1\"; it is one of %2")
+                                      .arg(QString::fromUtf8(name), settingNames(writable).join(", "))};
     return *found;
-}
-
-bool booleanOf(const QByteArray& text) {
-    const QByteArray lower = text.toLower();
-    if (lower == "on" || lower == "true" || lower == "yes" || lower == "1") return true;
-    if (lower == "off" || lower == "false" || lower == "no" || lower == "0") return false;
-    throw Failure{usageError, "\"" + QString::fromUtf8(text) + "\" is neither on nor off"};
 }
 
 qint32 filterOf(const QByteArray& text) {
@@ -70,6 +65,26 @@ qint32 filterOf(const QByteArray& text) {
 }
 
 } // namespace
+
+bool booleanOf(const QByteArray& text) {
+    const QByteArray lower = text.toLower();
+    if (lower == "on" || lower == "true" || lower == "yes" || lower == "1") return true;
+    if (lower == "off" || lower == "false" || lower == "no" || lower == "0") return false;
+    throw Failure{usageError, "\"" + QString::fromUtf8(text) + "\" is neither on nor off"};
+}
+
+QStringList settingNames(bool writable) {
+    QStringList names;
+    for (const Setting& setting : settings)
+        if (!writable || setting.setter != nullptr) names.append(setting.name);
+    return names;
+}
+
+QStringList deviceClassNames() {
+    QStringList names;
+    for (const DeviceClass& deviceClass : deviceClasses) names.append(deviceClass.name);
+    return names;
+}
 
 int getSetting(const CommandLine& line) {
     const Setting& setting = settingNamed(line.arguments[1], false);

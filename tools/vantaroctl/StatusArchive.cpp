@@ -14,6 +14,7 @@ namespace ctl {
 namespace {
 
 constexpr int deepest = 32;
+constexpr int mostObjects = 1'000'000;      // references may share objects, so that few bytes can stand for very many
 constexpr qint64 referenceDate = 978307200; // 2001-01-01 00:00:00 UTC, where archived dates begin
 
 using Plist = std::unique_ptr<void, decltype(&plist_free)>;
@@ -22,7 +23,8 @@ class Unarchiver {
   public:
     explicit Unarchiver(plist_t objects) : _objects(objects) {}
 
-    QJsonValue object(plist_t reference, int depth) const {
+    QJsonValue object(plist_t reference, int depth) {
+        if (++_visited > mostObjects) throw Failure{agentError, "the status is too large"};
         if (depth > deepest || reference == nullptr || plist_get_node_type(reference) != PLIST_UID) return {};
         uint64_t index = 0;
         plist_get_uid_val(reference, &index);
@@ -31,7 +33,7 @@ class Unarchiver {
     }
 
   private:
-    QJsonValue value(plist_t node, int depth) const {
+    QJsonValue value(plist_t node, int depth) {
         switch (plist_get_node_type(node)) {
         case PLIST_STRING:
             return text(node);
@@ -57,7 +59,7 @@ class Unarchiver {
         }
     }
 
-    QJsonValue record(plist_t node, int depth) const {
+    QJsonValue record(plist_t node, int depth) {
         if (plist_t time = plist_dict_get_item(node, "NS.time"); time != nullptr) {
             double seconds = 0;
             plist_get_real_val(time, &seconds);
@@ -90,11 +92,13 @@ class Unarchiver {
     }
 
     plist_t _objects;
+    int _visited = 0;
 };
 
 } // namespace
 
 QJsonObject decodeStatus(const QByteArray& archive) {
+    if (!archive.startsWith("bplist")) throw Failure{agentError, "the status is no keyed archive"};
     plist_t raw = nullptr;
     plist_from_bin(archive.constData(), static_cast<uint32_t>(archive.size()), &raw);
     const Plist root(raw, plist_free);

@@ -59,9 +59,10 @@ int startSync(const CommandLine& line) {
         agent.send("DOIT", drive);
         return done;
     }
-    LiveLine live;
+    LiveLines live(LiveLines::Output::standardError);
     Watched watched{drive, false, false, 0, {}};
     bool sent = false;
+    QString departed;
     QObject::connect(&agent, &Agent::activity, &agent, [&](const QJsonObject& progress) {
         if (sent) watched.take(progress);
     });
@@ -69,10 +70,17 @@ int startSync(const CommandLine& line) {
     waitUntil(
         agent,
         [&] {
-            const QJsonObject progress = agent.progress(drive);
+            QJsonObject progress;
+            try {
+                progress = agent.progress(drive);
+            } catch (const Failure& failure) {
+                if (!sent || failure.code != agentError) throw;
+                departed = failure.message; // the drive left, and its sync with it
+                return true;
+            }
             if (!sent) {
                 if (isBusy(progress)) {
-                    live.show("waiting for the drive to be idle");
+                    live.show(drive, "waiting for the drive to be idle");
                     return false;
                 }
                 log.skipToEnd();
@@ -80,11 +88,12 @@ int startSync(const CommandLine& line) {
                 sent = true;
                 return false;
             }
-            live.show(progressLine(progress, terminalWidth()));
+            live.show(drive, progressLine(progress, terminalWidth() - 1));
             return watched.ended && !isBusy(progress);
         },
         line.timeout);
     live.clear();
+    if (!departed.isEmpty()) throw Failure{syncFailed, departed};
     printOutcome(watched, log.messagesSince());
     return watched.activity == 6 ? done : syncFailed;
 }
@@ -102,19 +111,19 @@ int showProgress(const CommandLine& line) {
 int watchActivity(const CommandLine& line) {
     Agent agent;
     const QString only = line.arguments.isEmpty() ? QString() : agent.resolve(line.arguments[0]);
-    // Asked once: without an agent there is nothing to follow.
-    if (only.isEmpty()) (void)agent.drives();
+    if (!agent.isRunning()) throw Failure{noAgent, "the agent is not running"};
     const bool asJson = line.json || !standardOutputIsTerminal();
-    LiveLine live;
+    LiveLines live(LiveLines::Output::standardOutput);
     QObject::connect(&agent, &Agent::activity, &agent, [&](const QJsonObject& progress) {
         const QString drive = progress["activePath"].toString();
         if (!only.isEmpty() && drive != only) return;
         if (asJson) {
             printJson(progress);
         } else if (live.isLive()) {
-            live.show(drive + " " + progressLine(progress, terminalWidth() - static_cast<int>(drive.size()) - 1));
+            live.show(drive,
+                      drive + " " + progressLine(progress, terminalWidth() - static_cast<int>(drive.size()) - 2));
         } else {
-            printLine(drive + " " + activityText(progress) + " " + progressLine(progress, terminalWidth()));
+            printLine(shown(drive) + " " + activityText(progress) + " " + progressLine(progress, terminalWidth()));
         }
     });
     waitUntil(

@@ -8,12 +8,10 @@
 #include <cstdio>
 #include <sys/ioctl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace ctl {
 
-bool standardErrorIsTerminal() {
-    return isatty(STDERR_FILENO) == 1;
-}
 bool standardOutputIsTerminal() {
     return isatty(STDOUT_FILENO) == 1;
 }
@@ -56,31 +54,70 @@ void printJson(const QJsonValue& value) {
         printLine(value.toVariant().toString());
 }
 
-void printTable(const QStringList& heading, const QList<QStringList>& rows) {
+QString shown(const QString& text) {
+    QString result = text;
+    for (QChar& character : result) {
+        const bool isControl =
+            character.unicode() < 0x20 || (character.unicode() >= 0x7F && character.unicode() < 0xA0);
+        if (isControl) character = '?';
+    }
+    return result;
+}
+
+namespace {
+
+constexpr int narrowestColumn = 10;
+
+// The end of a path says more than its beginning.
+QString clippedAtStart(const QString& text, qsizetype width) {
+    return text.size() > width ? QStringLiteral("…") + text.right(width - 1) : text;
+}
+QString clippedAtEnd(const QString& text, qsizetype width) {
+    return text.size() > width ? text.left(std::max<qsizetype>(width - 1, 0)) + QStringLiteral("…") : text;
+}
+
+QList<int> columnWidths(const QStringList& heading, const QList<QStringList>& rows, int width) {
     QList<int> widths;
+    int total = 2 * static_cast<int>(heading.size() - 1);
     for (qsizetype column = 0; column < heading.size(); ++column) {
         qsizetype widest = heading[column].size();
         for (const QStringList& row : rows) widest = std::max(widest, row[column].size());
         widths.append(static_cast<int>(widest));
+        total += widths.last();
     }
-    int total = 2 * static_cast<int>(widths.size() - 1);
-    for (const int width : widths) total += width;
-    const int surplus = total - terminalWidth();
-    if (surplus > 0 && standardOutputIsTerminal()) widths[0] = std::max(10, widths[0] - surplus);
+    for (int* column : {&widths.first(), &widths.last()}) {
+        const int surplus = width > 0 ? std::max(total - width, 0) : 0;
+        const int given = std::min(surplus, std::max(*column - narrowestColumn, 0));
+        *column -= given;
+        total -= given;
+    }
+    return widths;
+}
 
-    const auto print = [&](const QStringList& cells) {
+} // namespace
+
+QStringList tableLines(const QStringList& heading, const QList<QStringList>& rows, int width) {
+    const QList<int> widths = columnWidths(heading, rows, width);
+    QStringList lines;
+    const auto add = [&](const QStringList& cells) {
         QString line;
         for (qsizetype column = 0; column < cells.size(); ++column) {
-            QString cell = cells[column];
-            // The end of a path says more than its beginning.
-            if (cell.size() > widths[column]) cell = QStringLiteral("…") + cell.right(widths[column] - 1);
+            const QString cell = column == 0 ? clippedAtStart(cells[column], widths[column])
+                                             : clippedAtEnd(cells[column], widths[column]);
             line += cell.leftJustified(widths[column]) + "  ";
         }
         while (line.endsWith(' ')) line.chop(1);
-        printLine(line);
+        lines.append(line);
     };
-    print(heading);
-    for (const QStringList& row : rows) print(row);
+    add(heading);
+    for (const QStringList& row : rows) add(row);
+    return lines;
+}
+
+void printTable(const QStringList& heading, const QList<QStringList>& rows) {
+    const bool isTerminal = standardOutputIsTerminal();
+    for (const QString& line : tableLines(heading, rows, isTerminal ? terminalWidth() : 0))
+        printLine(isTerminal ? shown(line) : line);
 }
 
 QString activityText(const QJsonObject& progress) {
@@ -106,7 +143,9 @@ QString progressLine(const QJsonObject& progress, int width) {
     const double total = progress["syncSize"].toDouble();
     const double handled = progress["syncCopied"].toDouble() + progress["syncSkipPresent"].toDouble() +
                            progress["syncSkipFilter"].toDouble();
-    const double share = total > 0 ? std::clamp(handled / total, 0.0, 1.0) : 0.0;
+    // The total is an estimate: a sync that completed is all of it.
+    const bool isComplete = progress["syncActivityType"].toInt() == 6;
+    const double share = isComplete ? 1.0 : total > 0 ? std::clamp(handled / total, 0.0, 1.0) : 0.0;
     const QString numbers = QString("%1% %2 of %3")
                                 .arg(static_cast<int>(share * 100), 3)
                                 .arg(humanSize(std::min(handled, total)), humanSize(total));
@@ -114,30 +153,51 @@ QString progressLine(const QJsonObject& progress, int width) {
     const int filled = static_cast<int>(share * barWidth);
     QString line = "[" + QString(filled, '#') + QString(barWidth - filled, '.') + "] " + numbers;
     const QString source = progress["syncCopySourcePath"].toString();
-    const QString shown = source.isEmpty() ? activityText(progress) : source.mid(source.lastIndexOf('/') + 1);
+    const QString name = source.isEmpty() ? activityText(progress) : source.mid(source.lastIndexOf('/') + 1);
     const qsizetype room = width - line.size() - 2;
-    if (room > 8) line += "  " + (shown.size() > room ? shown.left(room - 1) + QStringLiteral("…") : shown);
-    return line;
+    if (room > 8) line += "  " + clippedAtEnd(shown(name), room);
+    return clippedAtEnd(line, width);
 }
 
-LiveLine::LiveLine() : _live(standardErrorIsTerminal() && qEnvironmentVariableIsEmpty("NO_COLOR")) {}
+LiveLines::LiveLines(Output output)
+    : _descriptor(output == Output::standardOutput ? STDOUT_FILENO : STDERR_FILENO),
+      _live(isatty(_descriptor) == 1 && qEnvironmentVariableIsEmpty("NO_COLOR")) {}
 
-LiveLine::~LiveLine() {
+LiveLines::~LiveLines() {
     clear();
 }
 
-void LiveLine::show(const QString& text) {
-    if (!_live) return;
-    std::fprintf(stderr, "\r\x1B[K%s", text.toUtf8().constData());
-    std::fflush(stderr);
-    _drawn = true;
+QByteArray LiveLines::frame(const QStringList& lines, int drawn) {
+    QByteArray bytes = "\r";
+    if (drawn > 1) bytes += "\x1B[" + QByteArray::number(drawn - 1) + "A";
+    for (qsizetype index = 0; index < lines.size(); ++index) {
+        if (index > 0) bytes += "\r\n";
+        bytes += "\x1B[K" + lines[index].toUtf8();
+    }
+    if (lines.isEmpty()) bytes += "\x1B[J";
+    return bytes;
 }
 
-void LiveLine::clear() {
-    if (!_drawn) return;
-    std::fprintf(stderr, "\r\x1B[K");
-    std::fflush(stderr);
-    _drawn = false;
+void LiveLines::show(const QString& key, const QString& text) {
+    if (!_live) return;
+    _lines.insert(key, shown(text));
+    // A line that fills the last column would wrap, and the next frame would miss it.
+    QStringList lines;
+    for (const QString& line : std::as_const(_lines)) lines.append(clippedAtEnd(line, terminalWidth() - 1));
+    write(frame(lines, _drawn));
+    _drawn = static_cast<int>(lines.size());
+}
+
+void LiveLines::clear() {
+    if (_drawn > 0) write(frame({}, _drawn));
+    _drawn = 0;
+    _lines.clear();
+}
+
+void LiveLines::write(const QByteArray& bytes) const {
+    std::FILE* const file = _descriptor == STDOUT_FILENO ? stdout : stderr;
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), file);
+    std::fflush(file);
 }
 
 } // namespace ctl

@@ -1,14 +1,17 @@
 // What a person sees: sizes, tables and progress bars, plain where the output is no terminal.
 #pragma once
 
+#include <QByteArray>
 #include <QJsonObject>
 #include <QJsonValue>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
+
 namespace ctl {
 
-[[nodiscard]] bool standardErrorIsTerminal();
 [[nodiscard]] bool standardOutputIsTerminal();
 [[nodiscard]] int terminalWidth();             // columns; 80 when unknown
 [[nodiscard]] QString humanSize(double bytes); // "1.5 GB", in steps of 1000
@@ -16,25 +19,39 @@ namespace ctl {
 void printLine(const QString& text);     // standard output
 void printError(const QString& text);    // standard error
 void printJson(const QJsonValue& value); // one line on standard output
-// Rows under a heading, columns as wide as their content; the first column gives way when the terminal is too narrow.
+// What a terminal may be shown of a text that others made up: control characters become "?".
+[[nodiscard]] QString shown(const QString& text);
+// Rows under a heading, columns as wide as their content. Where they are wider than `width` (0: any width), the first
+// column gives way, then the last.
+[[nodiscard]] QStringList tableLines(const QStringList& heading, const QList<QStringList>& rows, int width);
 void printTable(const QStringList& heading, const QList<QStringList>& rows);
 
-// One line of a sync's progress: a bar where it is drawn over and over, words otherwise.
+// One line of a sync's progress, at most `width` columns.
 [[nodiscard]] QString progressLine(const QJsonObject& progress, int width);
 [[nodiscard]] QString activityText(const QJsonObject& progress);
 
-// Draws a line over the one drawn before, on standard error; nothing when that is no terminal or NO_COLOR is set.
-class LiveLine {
+// Lines that are drawn over the ones drawn before, one for each key; nothing where the output is no terminal or
+// NO_COLOR is set.
+class LiveLines {
   public:
-    LiveLine();
-    ~LiveLine();
-    void show(const QString& text);
+    enum class Output : std::uint8_t { standardOutput, standardError };
+    explicit LiveLines(Output output);
+    ~LiveLines();
+    LiveLines(const LiveLines&) = delete;
+    LiveLines& operator=(const LiveLines&) = delete;
+
+    void show(const QString& key, const QString& text);
     void clear();
     [[nodiscard]] bool isLive() const { return _live; }
+    // The bytes that draw `lines` where `drawn` lines stand, the cursor behind the last one.
+    [[nodiscard]] static QByteArray frame(const QStringList& lines, int drawn);
 
   private:
+    void write(const QByteArray& bytes) const;
+    int _descriptor;
     bool _live;
-    bool _drawn = false;
+    int _drawn = 0;
+    QMap<QString, QString> _lines;
 };
 
 } // namespace ctl
