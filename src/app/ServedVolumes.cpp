@@ -116,16 +116,28 @@ Value::Dictionary ServedVolumes::asServed(const Value::Dictionary& description) 
     return served;
 }
 
+void ServedVolumes::note(const Value::Dictionary& description) {
+    const std::string key = textFor(description, diskdescription::mediaBsdName);
+    const std::string mountPoint = textFor(description, diskdescription::volumePath);
+    if (mountPoint.empty())
+        _known.erase(key);
+    else
+        _known[key] = paths::clean(mountPoint);
+}
+
 void ServedVolumes::diskAppeared(const Value::Dictionary& description) {
+    note(description);
     if (textFor(description, diskdescription::volumePath).empty() || !refusalFor(description).empty()) return;
     _next.diskAppeared(asServed(description));
 }
 
 void ServedVolumes::diskDisappeared(const Value::Dictionary& description) {
+    _known.erase(textFor(description, diskdescription::mediaBsdName));
     _next.diskDisappeared(description);
 }
 
 void ServedVolumes::diskDescriptionChanged(const Value::Dictionary& description) {
+    note(description);
     const bool known = _isRegistered(textFor(description, diskdescription::mediaBsdName));
     const bool mounted = !textFor(description, diskdescription::volumePath).empty();
     if (!known && (!mounted || !refusalFor(description).empty())) return;
@@ -159,11 +171,14 @@ Result<void> ServedVolumes::adopt(const std::string& path) {
     const std::string clean = paths::clean(path);
     if (const auto checked = checkAdoptable(clean); !checked.ok()) return checked;
     auto description = _services.volumes.describe(clean);
-    const bool isVolume = description && paths::clean(textFor(*description, diskdescription::volumePath)) == clean;
-    if (isVolume) {
+    // A second mount of a volume, and one in a place of the system's own, raise no events: they are served as folders.
+    if (description && isListed(clean)) {
         const AdoptedDrive drive = driveOf(*description);
         if (const auto remembered = _adopted.remember(drive); !remembered.ok()) return remembered;
-        if (!_isRegistered(textFor(*description, diskdescription::mediaBsdName))) diskDescriptionChanged(*description);
+        const std::string key = textFor(*description, diskdescription::mediaBsdName);
+        // Where its mount was not reported yet the drive arrives with that report: to take it in now would turn the
+        // report into a departure.
+        if (!_isRegistered(key) && _known.contains(key)) diskDescriptionChanged(*description);
         return {};
     }
     const AdoptedDrive drive{clean, std::nullopt, true};
@@ -171,6 +186,11 @@ Result<void> ServedVolumes::adopt(const std::string& path) {
     const auto added = _services.volumes.addFolderDrive(clean);
     if (!added.ok()) _adopted.forget(drive).ignore();
     return added;
+}
+
+bool ServedVolumes::isListed(const std::string& mountPoint) {
+    const auto mounted = _services.volumes.mountedVolumes();
+    return std::find(mounted.begin(), mounted.end(), mountPoint) != mounted.end();
 }
 
 Result<void> ServedVolumes::forget(const std::string& path) {

@@ -9,6 +9,7 @@
 #include "platform/VolumeService.h"
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -46,6 +47,8 @@ class ServedVolumes final : public VolumeObserver {
     [[nodiscard]] Result<void> checkAdoptable(const std::string& path);
     // What the core sees: a volume that a person adopted counts as external.
     [[nodiscard]] Value::Dictionary asServed(const Value::Dictionary& description);
+    [[nodiscard]] bool isListed(const std::string& mountPoint);
+    void note(const Value::Dictionary& description);
     void loadFamily();
 
     ApplicationServices& _services;
@@ -55,7 +58,8 @@ class ServedVolumes final : public VolumeObserver {
     std::function<bool(const std::string&)> _isRegistered;
     AdoptedDrives _adopted;
     std::unique_ptr<DriveFiles> _files;
-    std::vector<std::string> _family; // lower case
+    std::vector<std::string> _family;          // lower case
+    std::map<std::string, std::string> _known; // mount points that the platform has reported, by media BSD name
 };
 
 } // namespace vt
