@@ -67,6 +67,13 @@ TEST_F(LinuxSystemIdentityTest, HomeIsTheVariableWhenItIsAbsolute) {
     EXPECT_NE(identity().home(), "relative");
 }
 
+TEST_F(LinuxSystemIdentityTest, TheStartOfTheComputerHasAName) {
+    LinuxFiles own;
+    const std::string now = LinuxSystemIdentity(own, own).bootId();
+    EXPECT_EQ(now.size(), 36U);
+    EXPECT_EQ(LinuxSystemIdentity(own, own).bootId(), now);
+}
+
 TEST_F(LinuxSystemIdentityTest, FoldersFollowTheirVariablesWhenTheseAreAbsolute) {
     EXPECT_EQ(identity().configHome(), folder / "home/.config");
     EXPECT_EQ(identity().dataHome(), folder / "home/.local/share");

@@ -139,6 +139,10 @@ std::string LinuxSystemIdentity::machineId() const {
     return good ? *line : "local";
 }
 
+std::string LinuxSystemIdentity::bootId() const {
+    return readLine(_sources.bootId).value_or("");
+}
+
 std::optional<std::string> LinuxSystemIdentity::readLine(const std::string& path) const {
     const auto bytes = _contents.read(path, largestSetting);
     if (!bytes) return std::nullopt;

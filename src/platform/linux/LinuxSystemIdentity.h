@@ -19,6 +19,7 @@ class LinuxSystemIdentity : public SystemIdentity {
         std::function<std::optional<std::string>(const char* variable)> environment; // unset: the process's own
         std::string machineInfo = "/etc/machine-info";
         std::string machineId = "/etc/machine-id";
+        std::string bootId = "/proc/sys/kernel/random/boot_id";
         std::string networkInterfaces = "/sys/class/net";
         PermanentAddress permanentAddress; // unset: asks the kernel
     };
@@ -35,6 +36,7 @@ class LinuxSystemIdentity : public SystemIdentity {
     [[nodiscard]] std::string configHome() const override;
     [[nodiscard]] std::string dataHome() const override;
     [[nodiscard]] std::string stateHome() const override;
+    [[nodiscard]] std::string bootId() const override;
 
     // The computer's own 32 hexadecimal digits; "local" where it has none.
     [[nodiscard]] std::string machineId() const;

@@ -66,6 +66,7 @@ Value::Dictionary describeDisk(const MountEntry& mount, DeviceNumber device) {
     addText(description, key::volumeName, facts.label.empty() ? paths::lastComponent(mount.target) : facts.label);
     addText(description, key::volumeKind, std::string(traits.kind));
     if (traits.numberIsUuid) addText(description, key::volumeUuid, facts.uuid);
+    addText(description, key::volumeIdentity, facts.uuid);
     description.insert_or_assign(key::volumeNetwork, false);
     addText(description, key::mediaBsdName, device.bsdName());
     addText(description, key::mediaContent, contentOf(traits, facts));
