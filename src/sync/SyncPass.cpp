@@ -54,6 +54,7 @@ void SyncPass::syncThreadBasicSetup() {
     _committed = false;
     _leftBehind = false;
     _start = _services.clock.now();
+    if (!_bDoingContinuousSync) _fullPassBegan = _start.nanoseconds();
     // One look at the list: it may be replaced while the pass runs.
     _syncItems = _services.configuration.syncItemList().value_or(std::vector<std::string>());
     _services.log.debugLine("-sync: items to sync: \"%@\".", Value(arrayOfStrings(_syncItems)));

@@ -18,6 +18,7 @@
 #include "sync/process/DeletionMarkers.h"
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -60,6 +61,11 @@ class SyncPass {
     void threadDoSync(const std::optional<std::vector<std::string>>& paths);
     [[nodiscard]] bool syncInProgress() const { return _bSyncInProgress.load(); }
     [[nodiscard]] bool doingContinuousSync() const { return _bDoingContinuousSync.load(); }
+    // Any thread: when the last pass over the whole list began; null before the first.
+    [[nodiscard]] std::optional<Date> lastFullPassBegan() const {
+        const std::int64_t began = _fullPassBegan.load();
+        return began == 0 ? std::nullopt : std::optional(Date::fromNanoseconds(began));
+    }
     [[nodiscard]] ScanResults& scanResults() { return _scanResults; }
     // A staged item that stays where it is; and a path on the computer that was left out.
     void leftBehind(const std::string& staged);
@@ -85,6 +91,7 @@ class SyncPass {
     // Cleared with every sync and set nowhere: the queue keeps syncs apart.
     std::atomic<bool> _bSyncInProgress{false};
     std::atomic<bool> _bDoingContinuousSync{false};
+    std::atomic<std::int64_t> _fullPassBegan{0}; // nanoseconds, as Date has them; 0: never
     ScanResults _scanResults;
     PassTally _tally;
     std::vector<std::string> _syncItems;

@@ -35,7 +35,8 @@ VTSyncController::VTSyncController(std::shared_ptr<Parts> parts) : _parts(std::m
 
 VTSyncController::~VTSyncController() {
     _parts->log.debugLine("-[MRLSyncController %@ dealloc]", paths::displayText(deviceMountPoint()));
-    _parts->tasks.close(); // a worker that still waits ends; one at work ends with its task
+    _parts->window.reset(); // here, on the main thread: the worker may hold the rest a little longer
+    _parts->tasks.close();  // a worker that still waits ends; one at work ends with its task
 }
 
 bool VTSyncController::isValidDevice() {
@@ -232,6 +233,9 @@ bool VTSyncController::syncInProgress() const {
 }
 bool VTSyncController::continuousSyncInProgress() const {
     return _parts->pass.doingContinuousSync();
+}
+std::optional<Date> VTSyncController::lastFullPassBegan() const {
+    return _parts->pass.lastFullPassBegan();
 }
 void VTSyncController::syncWasScheduled() {
     _parts->tasks.syncWasScheduled();

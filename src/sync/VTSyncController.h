@@ -112,6 +112,8 @@ class VTSyncController : public ValidatorOwner, public std::enable_shared_from_t
     [[nodiscard]] bool busyWithSynclistOnly() const;
     [[nodiscard]] bool syncInProgress() const;
     [[nodiscard]] bool continuousSyncInProgress() const;
+    // When the last pass over the whole sync list began; null before the first. Any thread.
+    [[nodiscard]] std::optional<Date> lastFullPassBegan() const;
     [[nodiscard]] bool windowShouldClose() const;
     struct MenuItem {
         bool enabled = true;
