@@ -1,5 +1,6 @@
 // vantaro: the agent. Builds the adapters, wires them to the application, runs.
 #include "agent/Signals.h"
+#include "app/LogFrontEnd.h"
 #include "app/VTApplicationController.h"
 #include "base/LogSink.h"
 #include "base/Paths.h"
@@ -19,6 +20,7 @@
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/media/LinuxMediaProbe.h"
 #include "platform/linux/volumes/LinuxVolumes.h"
+#include "platform/linux/watch/LinuxFileEvents.h"
 #include "platform/qt/QtNotifications.h"
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/QtSessionBus.h"
@@ -28,9 +30,11 @@
 
 #include <clocale>
 #include <cstdio>
+#include <string>
 #include <string_view>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 #ifndef VANTARO_VERSION
 #define VANTARO_VERSION "unknown"
@@ -43,6 +47,14 @@ constexpr const char* alreadyRunning = "vantaro: the agent is already running fo
 int usage(const char* argument) {
     std::fprintf(stderr, "vantaro: unknown argument \"%s\"; there are only --help and --version\n", argument);
     return 2;
+}
+
+// What the agent writes itself must start no sync.
+std::vector<std::string> ownFiles(const vt::SystemIdentity& system) {
+    const std::string home = system.home();
+    const std::string log = home + "/Library/Logs/Vantaro.log";
+    return {log, log + ".old", home + "/.Z_VT_W", system.configHome() + "/" + vt::application::bundleIdentifier,
+            system.stateHome() + "/vantaro"};
 }
 
 bool anotherAgentRuns(const QDBusConnection& bus) {
@@ -86,6 +98,14 @@ int runAgent(int& argc, char** argv) {
     vt::CharacterizationCache cache(files, stateFolder(files, system) + "/characterizations");
     vt::MediaCharacterizer media(runLoop, mediaProbe, preferences, files, &cache);
 
+    vt::VTApplicationController* agent = nullptr; // set before the run loop runs
+    vt::WatchOptions watching;
+    watching.ignored = ownFiles(system);
+    watching.notice = [&agent](const std::string& line) {
+        if (agent != nullptr) agent->log().logMessage(line);
+    };
+    vt::LinuxFileEvents fileEvents(runLoop, watching);
+
     vt::VTApplicationController controller(vt::ApplicationServices{
         .runLoop = runLoop,
         .clock = clock,
@@ -95,7 +115,7 @@ int runAgent(int& argc, char** argv) {
         .driveFiles = driveFiles,
         .volumes = volumes,
         .notifications = notifications,
-        .fileEvents = nullptr,
+        .fileEvents = &fileEvents,
         .workspace = workspace,
         .alerts = alerts,
         .bus = sessionBus,

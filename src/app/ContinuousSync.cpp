@@ -30,17 +30,20 @@ void ContinuousSync::startActivityTimer() {
         _services.runLoop.every(activityPeriod, [this] { sendActivityNotificationForced(false, std::nullopt); });
 }
 
-std::vector<std::string> ContinuousSync::watchedFolders() const {
-    const HomePaths homePaths(_services.system.home());
+std::vector<std::string> ContinuousSync::foldersOf(VTSyncController& controller) const {
     std::vector<std::string> folders;
-    for (const auto& [key, controller] : _registry.all()) {
-        if (!controller->isParticipatingInSync() || !controller->continuousSyncState()) continue;
-        for (const std::string& item : controller->shadowedSyncList()) {
-            std::string folder = homePaths.standardise(item);
+    if (!controller.isParticipatingInSync() || !controller.continuousSyncState()) return folders;
+    const HomePaths homePaths(_services.system.home());
+    for (const std::string& item : controller.shadowedSyncList()) folders.push_back(homePaths.standardise(item));
+    return folders;
+}
+
+std::vector<std::string> ContinuousSync::watchedFolders() const {
+    std::vector<std::string> folders;
+    for (const auto& [key, controller] : _registry.all())
+        for (std::string& folder : foldersOf(*controller))
             if (std::find(folders.begin(), folders.end(), folder) == folders.end())
                 folders.push_back(std::move(folder));
-        }
-    }
     return folders;
 }
 
@@ -54,6 +57,12 @@ void ContinuousSync::updateContinuousSyncSettings(bool runningOnLeopardOrLater) 
 void ContinuousSync::updateFSEventSettings() {
     const std::vector<std::string> folders = watchedFolders();
     tearDownFSEventStreams();
+    if (_services.fileEvents != nullptr) {
+        // A sync writes to the drives: that must start no sync of a folder that they stand in.
+        std::vector<std::string> drives;
+        for (const auto& [key, controller] : _registry.all()) drives.push_back(controller->deviceMountPoint());
+        _services.fileEvents->leaveOut(drives);
+    }
     if (folders.empty()) return;
     // Since-now replaces what the tear-down computed: a rebuilt stream never replays the past.
     m_fsEventSettings = FileEventSettings{};
@@ -63,6 +72,7 @@ void ContinuousSync::updateFSEventSettings() {
 void ContinuousSync::createFSEventStreamsForPaths(const std::vector<std::string>& folders) {
     if (_services.fileEvents == nullptr) return;
     for (const std::string& folder : folders) {
+        m_fsEventSettings.complete = [this, folder] { watchingBegan(folder); };
         auto stream = _services.fileEvents->stream(folder, m_fsEventSettings, [this, folder] { postChangeOf(folder); });
         if (stream)
             m_fsEventStreams.push_back(std::move(stream));
@@ -85,6 +95,26 @@ void ContinuousSync::postChangeOf(const std::string& folder) {
     Value::Dictionary userInfo;
     userInfo.emplace("evdata", Value::Data{folder});
     _services.notifications.post(eventDataName, application::notificationObject, userInfo, deliverToAllSessions);
+}
+
+void ContinuousSync::watchingBegan(const std::string& folder) {
+    const bool pending =
+        std::find(m_continuousSyncItems.begin(), m_continuousSyncItems.end(), folder) != m_continuousSyncItems.end();
+    if (!pending) _watchedSince[folder] = _services.clock.now();
+    m_continuousSyncItems.push_back(folder);
+    mainThreadStartContinuousSyncTimer();
+}
+
+bool ContinuousSync::isPassedOver(const std::string& folder) const {
+    const auto since = _watchedSince.find(folder);
+    if (since == _watchedSince.end()) return false;
+    for (const auto& [key, controller] : _registry.all()) {
+        const std::vector<std::string> folders = foldersOf(*controller);
+        if (std::find(folders.begin(), folders.end(), folder) == folders.end()) continue;
+        const std::optional<Date> began = controller->lastFullPassBegan();
+        if (!began || *began < since->second) return false;
+    }
+    return true;
 }
 
 void ContinuousSync::updateHelperToolSettings() {
@@ -117,6 +147,7 @@ void ContinuousSync::setContinuousSyncNotificationsEnabled(bool enabled) {
 }
 
 void ContinuousSync::mainThreadEventDataReceived(const std::string& bytes) {
+    _watchedSince.erase(bytes);
     m_continuousSyncItems.push_back(bytes);
     mainThreadStartContinuousSyncTimer();
 }
@@ -126,13 +157,15 @@ void ContinuousSync::mainThreadAddContinuousSyncItems(const std::vector<std::str
     std::vector<std::string> items = paths;
     const std::size_t startingCount = items.size();
     // The walk keeps its starting count while entries leave: the one that slides into a gap is not examined, and after
-    // a removal the walk runs past the end, which abandons the addition. Callers rely on the all-or-nothing result.
+    // a removal the walk runs past the end, which abandons the addition. Deliberate: all of it is added, or nothing.
     for (std::size_t index = 0; index < startingCount; ++index) {
         if (index >= items.size()) return;
         const auto attributes = local->files().attributesFollowing(items[index]);
         if (!attributes.ok() || !attributes->isDirectory())
             items.erase(items.begin() + static_cast<std::ptrdiff_t>(index));
     }
+    if (items.size() < startingCount) return;
+    for (const std::string& item : items) _watchedSince.erase(item);
     m_continuousSyncItems.insert(m_continuousSyncItems.end(), items.begin(), items.end());
 }
 
@@ -142,10 +175,13 @@ void ContinuousSync::mainThreadStartContinuousSyncTimer() {
 
 void ContinuousSync::continuousSyncTimerFired() {
     const std::unique_ptr<Timer> fired = std::move(m_continuousSyncTimer);
-    const std::vector<std::string> items = m_continuousSyncItems;
+    std::vector<std::string> items = m_continuousSyncItems;
     if (items.empty()) return;
     m_continuousSyncItems.erase(m_continuousSyncItems.begin(),
                                 m_continuousSyncItems.begin() + static_cast<std::ptrdiff_t>(items.size()));
+    std::erase_if(items, [this](const std::string& item) { return isPassedOver(item); });
+    _watchedSince.clear();
+    if (items.empty()) return;
     for (const auto& [key, controller] : _registry.all()) {
         if (controller->isParticipatingInSync() && controller->continuousSyncState())
             controller->continuousSyncNow(items);

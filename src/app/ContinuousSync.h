@@ -6,6 +6,7 @@
 #include "app/ApplicationServices.h"
 #include "app/SyncControllerRegistry.h"
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,6 +38,11 @@ class ContinuousSync {
     void updateHelperToolSettings();
     void createFSEventStreamsForPaths(const std::vector<std::string>& folders);
     void postChangeOf(const std::string& folder);
+    // The folder has come to be watched: what changed in it before may be unknown.
+    void watchingBegan(const std::string& folder);
+    // Every drive that has the folder in its list has begun a pass over all of it since it came to be watched.
+    [[nodiscard]] bool isPassedOver(const std::string& folder) const;
+    [[nodiscard]] std::vector<std::string> foldersOf(VTSyncController& controller) const;
     [[nodiscard]] std::vector<std::string> watchedFolders() const;
 
     ApplicationServices& _services;
@@ -47,6 +53,8 @@ class ContinuousSync {
     std::vector<std::string> m_continuousSyncItems; // arrival order, duplicates allowed
     std::vector<std::unique_ptr<FileEventStream>> m_fsEventStreams;
     FileEventSettings m_fsEventSettings;
+    // Pending folders that only came to be watched, with the time of that; nothing in them is known to have changed.
+    std::map<std::string, Date> _watchedSince;
     bool _bAreContinuousSyncsEnabled = false;
     std::unique_ptr<Notifications::Observation> _eventDataObservation;
     std::unique_ptr<Notifications::Observation> _refreshObservation;

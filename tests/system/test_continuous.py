@@ -1,0 +1,119 @@
+"""A drive is kept up to date without a command."""
+
+import os
+import time
+import unittest
+
+from support import SystemTest, World, copies_folder, wait_until, write
+
+QUIET = 10.0  # seconds between the last change and the sync
+
+
+def content(path):
+    try:
+        return path.read_bytes()
+    except OSError:
+        return None
+
+
+class Continuous(SystemTest):
+    def setUp(self):
+        self.world = World().__enter__()
+        self.addCleanup(self.world.__exit__, None, None, None)
+        self.home = self.world.home
+        write(self.home / "Pictures/cat.png", b"cat")
+        write(self.home / "Music/deep/down/song.mp3", b"song")
+        self.drive = self.world.folder / "drive"
+        self.drive.mkdir()
+        self.world.start()
+        self.world.adopt(self.drive)
+        self.copies = copies_folder(self.drive)
+        self.assertEqual(self.world.ctl("get", self.drive, "continuous").out, "on")
+
+    def syncs(self):
+        return sum("Synchronizing" in line for line in self.world.messages())
+
+    def arrives(self, path, expected):
+        wait_until(lambda: content(self.copies / path) == expected, f"{path} on the drive")
+
+    def settle(self):
+        """Waits until no sync is due any more: nothing runs for longer than the quiet period."""
+        last = [self.syncs(), time.monotonic()]
+
+        def quiet():
+            if self.syncs() != last[0] or self.world.json("drives")[0]["busy"]:
+                last[:] = [self.syncs(), time.monotonic()]
+            return time.monotonic() - last[1] > QUIET + 3
+
+        wait_until(quiet, "a quiet agent", 120)
+
+    def test_edits_arrive_after_the_quiet_period(self):
+        self.settle()
+        begun = time.monotonic()
+        write(self.home / "Pictures/cat.png", b"another cat")
+        self.arrives("Pictures/cat.png", b"another cat")
+        self.assertGreaterEqual(time.monotonic() - begun, QUIET)
+        # A new tree, all at once; then a change deep inside it.
+        write(self.home / "Music/new/tree/of/one.mp3", b"one")
+        self.arrives("Music/new/tree/of/one.mp3", b"one")
+        write(self.home / "Music/new/tree/of/two.mp3", b"two")
+        write(self.home / "Music/deep/down/song.mp3", b"louder song")
+        self.arrives("Music/new/tree/of/two.mp3", b"two")
+        self.arrives("Music/deep/down/song.mp3", b"louder song")
+
+    def test_a_folder_that_was_replaced_is_still_watched(self):
+        self.settle()
+        os.rename(self.home / "Pictures", self.home / "Away")
+        write(self.home / "Pictures/dog.png", b"dog")
+        self.arrives("Pictures/dog.png", b"dog")
+        write(self.home / "Pictures/fish.png", b"fish")
+        self.arrives("Pictures/fish.png", b"fish")
+
+    def test_edits_while_a_sync_runs_arrive_too(self):
+        for number in range(300):
+            write(self.home / f"Pictures/many/{number}.png", b"x" * 100_000)
+        self.world.ctl("start", self.drive)
+        wait_until(lambda: (self.world.json("drives")[0]["busy"]), "the sync to begin")
+        late = 0
+        while self.world.json("drives")[0]["busy"]:
+            write(self.home / f"Pictures/many/{late % 300}.png", b"late %d" % late)
+            late += 1
+        write(self.home / "Pictures/last.png", b"last")
+        self.arrives("Pictures/last.png", b"last")
+        self.settle()
+        for number in range(300):
+            name = f"Pictures/many/{number}.png"
+            self.assertEqual(content(self.copies / name), content(self.home / name), name)
+
+    def test_syncs_and_reading_start_no_sync(self):
+        home = str(self.home)
+        # The whole home, with the drive's own neighbours: log, work folders, settings and state stand in it.
+        self.world.ctl("set-list", self.drive, home)
+        self.world.finish(self.drive)
+        self.settle()
+        before = self.syncs()
+        for folder, _, files in os.walk(self.home):
+            for name in files:
+                with open(os.path.join(folder, name), "rb") as file:
+                    file.read()
+        self.world.ctl("list", self.drive)
+        deadline = time.monotonic() + QUIET + 5
+        wait_until(lambda: time.monotonic() > deadline, "the time in which a sync would have begun")
+        self.assertEqual(self.syncs(), before)
+
+    def test_switched_off_nothing_arrives_and_on_again_it_does(self):
+        self.settle()
+        self.world.ctl("set", self.drive, "continuous", "off")
+        self.settle()
+        before = self.syncs()
+        write(self.home / "Pictures/unseen.png", b"unseen")
+        deadline = time.monotonic() + QUIET + 5
+        wait_until(lambda: time.monotonic() > deadline, "the time in which a sync would have begun")
+        self.assertEqual(self.syncs(), before)
+        self.world.ctl("set", self.drive, "continuous", "on")
+        write(self.home / "Pictures/seen.png", b"seen")
+        self.arrives("Pictures/seen.png", b"seen")
+
+
+if __name__ == "__main__":
+    unittest.main()
