@@ -138,10 +138,7 @@ void VTApplicationController::cleanup() {
     _parts->delayed.dropAll();
     // Each worker is told to end; what it still wants of the main thread is served for a while, then released unserved.
     const auto controllers = _parts->registry.takeAll();
-    for (const auto& [key, controller] : controllers) {
-        controller->setCancelPending(true, false);
-        controller->driveDisappeared();
-    }
+    for (const auto& [key, controller] : controllers) controller->queueDeath();
     _parts->services.runLoop.beginShutdown();
     _parts->services.runLoop.serveUntil(
         [&] {
