@@ -2,16 +2,25 @@
 #include "platform/fake/FakeFiles.h"
 
 #include <cerrno>
+#include <chrono>
+#include <sstream>
+#include <thread>
 
 namespace vt {
 
 namespace {
 
-// Holds its file by a mark that dies with it.
+std::string thisThread() {
+    std::ostringstream text;
+    text << std::this_thread::get_id();
+    return text.str();
+}
+
+// Holds its file by a mark that dies with it; the mark names the thread.
 class FakeLock final : public FileContents::Lock {
   public:
     FakeLock(FakeDisk& disk, std::shared_ptr<FakeNode> node) : _disk(disk), _node(std::move(node)) {
-        _node->extended["lock"] = "held";
+        _node->extended["lock"] = thisThread();
     }
     ~FakeLock() override {
         const auto held = _disk.lock();
@@ -83,14 +92,24 @@ Result<void> FakeFiles::flushVolume(const std::string& path) {
     return {};
 }
 
-Result<std::unique_ptr<FileContents::Lock>> FakeFiles::lock(const std::string& path, int) {
-    const auto held = _disk.lock();
-    const Result<FakeSpot> spot = begin("lock", path, Missing::refused);
-    if (!spot) return spot.error();
-    // Nobody else runs meanwhile, so waiting would change nothing.
-    if (spot->node->extended.contains("lock")) return Error::fromErrno(EWOULDBLOCK, path);
-    std::unique_ptr<Lock> taken = std::make_unique<FakeLock>(_disk, spot->node);
-    return taken;
+Result<std::unique_ptr<FileContents::Lock>> FakeFiles::lock(const std::string& path, int milliseconds) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    while (true) {
+        {
+            const auto held = _disk.lock();
+            const Result<FakeSpot> spot = begin("lock", path, Missing::refused);
+            if (!spot) return spot.error();
+            const auto mark = spot->node->extended.find("lock");
+            if (mark == spot->node->extended.end()) {
+                std::unique_ptr<Lock> taken = std::make_unique<FakeLock>(_disk, spot->node);
+                return taken;
+            }
+            // For a lock of its own a thread would wait in vain.
+            if (mark->second == thisThread() || std::chrono::steady_clock::now() >= deadline)
+                return Error::fromErrno(EWOULDBLOCK, path);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 }
 
 } // namespace vt
