@@ -10,7 +10,12 @@
 namespace vt::test {
 namespace {
 
+// Under a sanitizer the same time is worth fewer stories.
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+constexpr const char* usualCases = "100";
+#else
 constexpr const char* usualCases = "500";
+#endif
 
 // Before RapidCheck reads it.
 const bool configured = [] {
