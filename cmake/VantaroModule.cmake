@@ -29,6 +29,8 @@ function(vt_test name)
   add_executable(${name} ${sources})
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE ${arg_LINK} GTest::gmock GTest::gtest_main vt_warnings)
+  # What is under test keeps the build's own options; the tests around it compile in half the time.
+  target_compile_options(${name} PRIVATE -O0)
   gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
                        PROPERTIES LABELS "${arg_LABELS}" TIMEOUT 120)
 endfunction()
