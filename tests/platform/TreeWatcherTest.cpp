@@ -9,6 +9,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <map>
+#include <random>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 
@@ -237,6 +238,60 @@ TEST(TreeWatcher, MountsWithoutEventsArePolledAndNotOpened) {
     EXPECT_TRUE(watching.told(1));
     write(folder / "root/share/deep/file");
     EXPECT_TRUE(watching.told(1)) << "watched again";
+}
+
+// Folders made, moved, replaced and removed at random, while the watcher looks at one folder or reads one buffer now
+// and then: in the end every folder that is there is watched, and nothing else is.
+TEST(TreeWatcher, NoFolderIsLostWhateverHappensMeanwhile) {
+    for (unsigned seed = 1; seed <= 20; ++seed) {
+        SCOPED_TRACE(seed);
+        TemporaryFolder folder;
+        std::mt19937 random(seed);
+        const auto below = [&](unsigned bound) { return static_cast<unsigned>(random() % bound); };
+        const auto somePath = [&] {
+            std::string path = folder / "root";
+            for (unsigned depth = 1 + below(4); depth > 0; --depth) path += "/" + std::to_string(below(3));
+            return path;
+        };
+        Watching watching;
+        watching.watcher.addRoot(1, folder / "root");
+        std::error_code ignored;
+        for (int step = 0; step < 400; ++step) {
+            switch (below(8)) {
+            case 0:
+                std::filesystem::remove_all(below(9) == 0 ? folder / "root" : somePath(), ignored);
+                break;
+            case 1:
+            case 2:
+                std::filesystem::rename(somePath(), somePath(), ignored);
+                break;
+            case 3:
+                std::filesystem::create_directory_symlink(folder.path(), somePath(), ignored);
+                break;
+            case 4:
+                watching.watcher.examineSome(1 + below(3));
+                break;
+            case 5:
+                watching.queue.read([&](const InotifyQueue::Event& event) { watching.watcher.handle(event); });
+                break;
+            default:
+                std::filesystem::create_directories(somePath(), ignored);
+            }
+        }
+        std::filesystem::create_directories(folder / "root");
+        watching.catchUp();
+        std::vector<std::string> folders{folder / "root"};
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder / "root"))
+            if (entry.is_directory() && !entry.is_symlink()) folders.push_back(entry.path());
+        // The root's own nodes, and those that lead to it.
+        EXPECT_EQ(watching.watcher.folders(), folders.size() + paths::components(folder.path()).size());
+        EXPECT_EQ(watching.watcher.watches(), watching.watcher.folders());
+        watching.changed.clear();
+        for (const std::string& path : folders) {
+            write(path + "/file");
+            EXPECT_TRUE(watching.told(1)) << path;
+        }
+    }
 }
 
 struct TypeRow {

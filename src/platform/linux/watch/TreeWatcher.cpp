@@ -87,9 +87,13 @@ void TreeWatcher::examine(Node node) {
     UniqueFd folder = openFolder(path, !_folders.lists(node));
     int why = errno;
     if (!folder.isOpen() && (why == ELOOP || why == ENOTDIR) && record.firstChild != FolderTree::none) {
-        // A root behind a link: the link leads there and belongs to no root above.
-        folder = openFolder(path, true);
-        why = errno;
+        // A link, followed only where it leads to a root; nothing behind it belongs to the roots above.
+        record.link = record.boundary = true;
+        _folders.prune(node);
+        if (record.firstChild != FolderTree::none) {
+            folder = openFolder(path, true);
+            why = errno;
+        }
         record.link = record.boundary = folder.isOpen();
     }
     if (folder.isOpen())
