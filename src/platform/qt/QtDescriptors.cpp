@@ -100,19 +100,30 @@ WireDescriptor wire(const EventDescriptor& descriptor, int containers, Walk& wal
     return result;
 }
 
-// Reads a message with QtDBus: a value that is no list or record comes whole, the others as a cursor of their own.
+// Reads a message with QtDBus: a value that is no list or record comes whole, the others as a cursor of their own. What
+// was begun is always ended, also when the reading is given up: QtDBus keeps the message for as long as it is not, and
+// a connection with too many messages kept reads no more.
 class MessageReader final : public DescriptorReader {
   public:
-    explicit MessageReader(QDBusArgument record) : _open{std::move(record)} { here().beginMap(); }
+    explicit MessageReader(QDBusArgument record) { open(std::move(record), true); }
+    MessageReader(const MessageReader&) = delete;
+    MessageReader& operator=(const MessageReader&) = delete;
+    ~MessageReader() override {
+        while (!_open.empty()) leaveValue();
+    }
 
     bool atEnd() override { return here().atEnd(); }
     std::string enterEntry() override {
         here().beginMapEntry();
+        _open.back().inEntry = true;
         QString key;
         here() >> key;
         return key.toUtf8().toStdString();
     }
-    void leaveEntry() override { here().endMapEntry(); }
+    void leaveEntry() override {
+        here().endMapEntry();
+        _open.back().inEntry = false;
+    }
     std::string typeCode() override {
         WireDescriptor read;
         here() >> read;
@@ -122,21 +133,39 @@ class MessageReader final : public DescriptorReader {
     Shape enterValue() override {
         if (_value.typeId() == QMetaType::QByteArray) return Shape::bytes;
         if (_value.metaType() != QMetaType::fromType<QDBusArgument>()) return Shape::other;
-        auto inner = _value.value<QDBusArgument>();
+        auto inner = std::exchange(_value, {}).value<QDBusArgument>();
         const QString signature = inner.currentSignature();
         const bool isList = signature == QLatin1String("a(sv)");
         if (!isList && signature != QLatin1String("a{s(sv)}")) return Shape::other;
-        _open.push_back(std::move(inner));
-        isList ? here().beginArray() : here().beginMap();
+        open(std::move(inner), !isList);
         return isList ? Shape::list : Shape::record;
     }
     std::string bytes() override { return std::exchange(_value, {}).toByteArray().toStdString(); }
-    void leaveValue() override { _open.pop_back(); }
+    void leaveValue() override {
+        if (_open.back().inEntry) leaveEntry();
+        if (_open.back().isRecord)
+            here().endMap();
+        else
+            here().endArray();
+        _open.pop_back();
+    }
 
   private:
+    struct Container {
+        QDBusArgument argument;
+        bool isRecord;
+        bool inEntry = false;
+    };
+    void open(QDBusArgument argument, bool isRecord) {
+        _open.push_back({std::move(argument), isRecord});
+        if (isRecord)
+            here().beginMap();
+        else
+            here().beginArray();
+    }
     // Reading goes through the constant operators; the others write.
-    [[nodiscard]] const QDBusArgument& here() const { return _open.back(); }
-    std::vector<QDBusArgument> _open;
+    [[nodiscard]] const QDBusArgument& here() const { return _open.back().argument; }
+    std::vector<Container> _open;
     QVariant _value;
 };
 

@@ -121,14 +121,14 @@ Value valueOfArgument(const QDBusArgument& argument, int depth, Budget& budget) 
             argument.endMapEntry();
             dictionary.insert_or_assign(std::move(name), std::move(value));
         }
-        if (budget.ok()) argument.endMap();
+        argument.endMap(); // always: QtDBus keeps the message until what was begun is ended
         return dictionary;
     }
     case QDBusArgument::ArrayType: {
         Value::Array array;
         argument.beginArray();
         while (!argument.atEnd() && budget.ok()) array.push_back(valueOf(argument.asVariant(), depth + 1, budget));
-        if (budget.ok()) argument.endArray();
+        argument.endArray();
         return array;
     }
     default:
