@@ -6,6 +6,7 @@ Everything a test makes lives in one temporary folder; a World that was left has
 import json
 import os
 import plistlib
+import secrets
 import shutil
 import signal
 import subprocess
@@ -56,7 +57,9 @@ class Bus:
 class World:
     """One user on one computer: a home, a bus and an agent. Use it as a context manager."""
 
-    def __init__(self, address="0017F2A1B2C3", machine=None, debug=False, folder=None):
+    def __init__(self, address=None, machine=None, debug=False, folder=None):
+        # A world of its own also towards agents of other tests: all see the same mounts, and serve what names their user.
+        address = address or f"02{secrets.token_hex(5).upper()}"
         self.folder = Path(folder or tempfile.mkdtemp(prefix="vantaro-test-"))
         self.owns_folder = folder is None
         self.home = self.folder / "home"
