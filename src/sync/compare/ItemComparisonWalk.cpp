@@ -43,6 +43,7 @@ ItemComparison::Item ItemComparison::childOf(const Frame& frame, Index child) co
     }
     // Only a folder can be the home folder itself or the root of another volume, whose place on the drive is another.
     item.item = _services.paths.home().abbreviate(item.local);
+    if (item.item == "~") item.item = "~/"; // the form that the home folder has in a list
     item.drive = _services.paths.drive(item.item);
     return item;
 }

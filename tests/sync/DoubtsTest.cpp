@@ -1,0 +1,89 @@
+// Copies that a crash or an early pull may have left short: found by the journal, put right by the next sync.
+#include "support/SyncWorld.h"
+#include "sync/owed/CopyDoubts.h"
+
+namespace vt::test {
+namespace {
+
+constexpr const char* copied = "/media/stick/ada_Workbench/Music/a.mp3";
+constexpr const char* archive = "/media/stick/Archived Vantaro Backups";
+
+FileAttributes changedAt(Date changed, Date born) {
+    FileAttributes attributes;
+    attributes.statusChanged = changed;
+    attributes.born = born;
+    return attributes;
+}
+
+TEST(Doubts, afterARestartWhateverChangedSinceTheGroupsStartMayBeShort) {
+    const Date epoch = Date::fromNanoseconds(0);
+    CopyJournal::Leftovers leftovers;
+    leftovers.groups.push_back({{"/media/stick/x/Music"}, at(0)});
+    leftovers.files["/media/stick/x/Elsewhere/named.mp3"] = at(-9);
+    const CopyDoubts doubts(leftovers);
+    struct Row {
+        const char* name;
+        const char* path;
+        FileAttributes present;
+        bool doubtful;
+    };
+    for (const Row& row : std::initializer_list<Row>{
+             {"changed since", "/media/stick/x/Music/a.mp3", changedAt(at(1), at(-5)), true},
+             {"changed at the start", "/media/stick/x/Music/a.mp3", changedAt(at(0), at(-5)), true},
+             {"changed before", "/media/stick/x/Music/a.mp3", changedAt(at(-1), at(5)), false},
+             {"no change time, born since", "/media/stick/x/Music/a.mp3", changedAt(epoch, at(1)), true},
+             {"no change time, born before", "/media/stick/x/Music/a.mp3", changedAt(epoch, at(-1)), false},
+             {"neither time is kept", "/media/stick/x/Music/a.mp3", changedAt(epoch, epoch), true},
+             {"another item", "/media/stick/x/Pictures/a.jpg", changedAt(at(1), at(1)), false},
+             {"a name that only begins alike", "/media/stick/x/Music2/a.mp3", changedAt(at(1), at(1)), false},
+             {"named by the journal", "/media/stick/x/Elsewhere/named.mp3", changedAt(at(-9), at(-9)), true}})
+        EXPECT_EQ(doubts.mayBeShort(row.path, row.present), row.doubtful) << row.name;
+}
+
+// A sync whose content never reached the drive for certain, as after a pull.
+struct DoubtfulWorld : SyncWorld {
+    DoubtfulWorld() {
+        computer({file("Music/a.mp3", "whole content", at(-10))});
+        disk.faults().fail("flushVolume", drive, EIO);
+        sync();
+        disk.faults().clear();
+        EXPECT_EQ(read(copied), "whole content");
+    }
+};
+
+TEST(Doubts, aShortCopyWithTheRightDateIsReplacedAndNotKept) {
+    DoubtfulWorld world;
+    world.write(copied, "", at(-10)); // what the pull has left
+    world.sync();
+    EXPECT_TRUE(world.succeeded());
+    EXPECT_EQ(world.read(copied), "whole content");
+    EXPECT_FALSE(world.exists(archive));
+}
+
+TEST(Doubts, oneThatSomebodyChangedSinceIsSetAsideFirst) {
+    DoubtfulWorld world;
+    world.write(copied, "theirs", at(5));
+    world.clock.setNow(at(10));
+    world.sync();
+    EXPECT_EQ(world.read(copied), "whole content"); // in place of the removal of a newer drive file
+    EXPECT_EQ(world.read(std::string(archive) + "/2013-05-21/ada_Workbench/Music/a.mp3"), "theirs");
+}
+
+TEST(Doubts, onceFlushedNothingIsCopiedAgain) {
+    DoubtfulWorld world;
+    world.sync();
+    world.host.forget();
+    world.disk.faults().clearLog();
+    world.sync();
+    const auto& log = world.disk.faults().log();
+    EXPECT_TRUE(std::ranges::none_of(log, [](const std::string& call) { return call.starts_with("copyFile"); }));
+    EXPECT_EQ(world.figure("syncSkipPresent"), 512);
+}
+
+TEST(Doubts, nothingIsStampedWhileTheDriveCannotBeFlushed) {
+    DoubtfulWorld world;
+    EXPECT_FALSE(world.controller->lastSyncTime().has_value());
+}
+
+} // namespace
+} // namespace vt::test
