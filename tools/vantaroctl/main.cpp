@@ -3,9 +3,15 @@
 
 #include <QCoreApplication>
 
+#include <cstdio>
+#include <cstdlib>
+
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     QList<QByteArray> arguments;
     for (int i = 1; i < argc; ++i) arguments.append(argv[i]);
-    return ctl::runProgram(arguments);
+    const int code = ctl::runProgram(arguments);
+    // QtDBus's own thread may still be at work: nothing that it uses is taken apart under it.
+    std::fflush(nullptr);
+    std::_Exit(code);
 }
