@@ -1,7 +1,10 @@
 // Habits of a controller that look odd and are meant: each is relied on by drives in use or by controlling programs.
 #include "support/SyncWorld.h"
+#include "sync/ConfigurationWriter.h"
+#include "sync/DriveGuard.h"
 
-#include <unistd.h>
+#include <chrono>
+#include <future>
 
 namespace vt::test {
 namespace {
@@ -161,6 +164,43 @@ TEST(SyncHabits, bothSidesAtOrBeforeTheLastSyncArePresentHoweverDifferent) {
     EXPECT_TRUE(world.succeeded());
     EXPECT_EQ(world.read(copied), "theirs and longer");
     EXPECT_EQ(world.read(song), "mine");
+}
+
+TEST(SyncHabits, aCoarseDrivesDateIsNeverLaterThanTheComputers) {
+    for (const bool roundsUp : {false, true}) {
+        FakeMount coarse;
+        coarse.capabilities.dateGranularity = 2'000'000'000;
+        SyncWorld world({"~/Music"}, coarse);
+        world.disk.volumeOf(SyncWorld::drive).roundsDatesUp = roundsUp;
+        const Date odd = at(-10).plusSeconds(1.5);
+        world.computer({file("Music/a.mp3", "a", odd)});
+        world.sync();
+        EXPECT_EQ(world.files.attributes(copied)->modified, at(-10)) << roundsUp;
+        world.disk.faults().clearLog();
+        world.sync();
+        const auto& log = world.disk.faults().log();
+        EXPECT_TRUE(std::ranges::none_of(log, [](const auto& call) { return call.starts_with("copyFile"); }));
+    }
+}
+
+// Settings of a drive that hangs: whoever set one goes on, and it is written when the drive lets it.
+TEST(SyncHabits, aSettersCallerWaitsTwoSecondsAtMost) {
+    SyncWorld world;
+    const auto guard = std::make_shared<DriveGuard>(SyncWorld::drive, world.driveFiles);
+    guard->recordIdentity();
+    const auto writer = std::make_shared<ConfigurationWriter>(guard, world.loop);
+    std::promise<void> driveAnswers;
+    std::promise<void> written;
+    const auto began = std::chrono::steady_clock::now();
+    EXPECT_TRUE(writer->write([&, answer = driveAnswers.get_future().share()] {
+        answer.wait();
+        written.set_value();
+        return false;
+    }));
+    EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(1900));
+    driveAnswers.set_value();
+    written.get_future().wait();
+    EXPECT_FALSE(writer->write([] { return false; })); // and the next one's own answer comes at once
 }
 
 } // namespace
