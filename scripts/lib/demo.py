@@ -90,11 +90,10 @@ def differences(source, copy):
 
 
 def size_text(size):
-    for unit in ("B", "KiB"):
-        if size < 1024:
-            return f"{size:,.0f} {unit}"
-        size /= 1024
-    return f"{size:,.1f} MiB"
+    """In the units that vantaroctl prints."""
+    if size < 1000:
+        return f"{size} bytes"
+    return f"{size / 1e3:.1f} KB" if size < 999_500 else f"{size / 1e6:.1f} MB"
 
 
 def verify(home, drive):
@@ -104,7 +103,7 @@ def verify(home, drive):
         return 1
     copies = os.path.join(drive, tops[0])
     wrong, kept, held, total, copied = [], [], None, 0, 0
-    print(f"\nOn the drive: {copies}/")
+    print(f"\nOn the drive, below {os.path.relpath(copies)}/")
     present = set(all_files(copies))
     for path in sorted(present, key=os.path.split):
         folder, name = os.path.split(path)
@@ -120,10 +119,13 @@ def verify(home, drive):
         copied += 1
     for path in sorted(set(all_files(home)) - present):
         (wrong if path.lower().endswith(ADMITTED) else kept).append(path)
-    print(f"\n{copied} files, {size_text(total)}" + ("." if wrong else "; bytes, dates to the nanosecond, modes and "
-                                                      "extended attributes are the same."))
+    print(f"\n{copied} files, {size_text(total)}.")
+    if not wrong:
+        print("Bytes, dates to the nanosecond, modes and extended attributes are the same.")
+    if kept:
+        print("Left at home by the drive's media filter:")
     for path in kept:
-        print(f"Left at home by the drive's media filter: {path}")
+        print(f"    {path}")
     for line in wrong:
         print(f"WRONG: {line}")
     return 1 if wrong or not copied else 0

@@ -12,13 +12,17 @@ bool isBusy(const QJsonObject& progress) {
     return progress["syncIsBusy"].toInt() != 0;
 }
 
-// What one waited-for sync did, gathered from the activity notifications.
+// What the waited-for syncs did, gathered from the activity notifications. There is more than one when the sync on
+// connect was due: it does the work, and the one that was asked for finds it done.
 struct Watched {
     QString drive;
     bool began = false;
     bool ended = false;
+    int syncs = 0;
     int activity = 0;
-    QJsonObject last; // the dictionary that came with the end
+    double copied = 0;  // by all of them
+    double present = 0; // before the first
+    double filtered = 0;
 
     void take(const QJsonObject& progress) {
         if (progress["activePath"].toString() != drive) return;
@@ -30,24 +34,29 @@ struct Watched {
         if (began && (type == 5 || type == 6) && !ended) {
             ended = true;
             activity = type;
-            last = progress;
+            copied += progress["syncCopied"].toDouble();
+            filtered = progress["syncSkipFilter"].toDouble();
+            if (syncs++ == 0) present = progress["syncSkipPresent"].toDouble();
         }
     }
 };
 
 void printOutcome(const Watched& watched, const QStringList& logLines) {
-    for (const QString& text : logLines) {
-        // The agent's own words about this sync; its other lines stay in the log.
-        if (text.startsWith("Synchronization of ") || text.startsWith("Sync summary")) printLine(text);
+    // The agent's own words about the last sync; its other lines stay in the log.
+    for (const char* const beginning : {"Synchronization of ", "Sync summary"}) {
+        for (qsizetype index = logLines.size(); index-- > 0;) {
+            if (!logLines[index].startsWith(beginning)) continue;
+            printLine(logLines[index]);
+            break;
+        }
     }
-    const double copied = watched.last["syncCopied"].toDouble();
-    const QString present = humanSize(watched.last["syncSkipPresent"].toDouble());
-    const QString filtered = humanSize(watched.last["syncSkipFilter"].toDouble());
-    if (copied == 0)
+    const QString present = humanSize(watched.present);
+    const QString filtered = humanSize(watched.filtered);
+    if (watched.copied == 0)
         printLine(QString("Nothing was copied: %1 already on the drive, %2 left out.").arg(present, filtered));
     else
-        printLine(
-            QString("%1 copied, %2 already on the drive, %3 left out.").arg(humanSize(copied), present, filtered));
+        printLine(QString("%1 copied, %2 already on the drive, %3 left out.")
+                      .arg(humanSize(watched.copied), present, filtered));
 }
 
 } // namespace
@@ -60,7 +69,7 @@ int startSync(const CommandLine& line) {
         return done;
     }
     LiveLines live(LiveLines::Output::standardError);
-    Watched watched{drive, false, false, 0, {}};
+    Watched watched{.drive = drive};
     bool sent = false;
     QString departed;
     QObject::connect(&agent, &Agent::activity, &agent, [&](const QJsonObject& progress) {
@@ -88,7 +97,8 @@ int startSync(const CommandLine& line) {
                 sent = true;
                 return false;
             }
-            live.show(drive, progressLine(progress, terminalWidth() - 1));
+            live.show(drive,
+                      watched.began ? progressLine(progress, terminalWidth() - 1) : "waiting for the sync to begin");
             return watched.ended && !isBusy(progress);
         },
         line.timeout);

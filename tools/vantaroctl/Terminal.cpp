@@ -146,12 +146,17 @@ QString progressLine(const QJsonObject& progress, int width) {
     // The total is an estimate: a sync that completed is all of it.
     const bool isComplete = progress["syncActivityType"].toInt() == 6;
     const double share = isComplete ? 1.0 : total > 0 ? std::clamp(handled / total, 0.0, 1.0) : 0.0;
-    const QString numbers = QString("%1% %2 of %3")
-                                .arg(static_cast<int>(share * 100), 3)
-                                .arg(humanSize(std::min(handled, total)), humanSize(total));
+    // Before the estimate there is nothing to count, and after an end that found nothing neither.
+    QString numbers;
+    if (total > 0)
+        numbers = QString(" %1% %2 of %3")
+                      .arg(static_cast<int>(share * 100), 3)
+                      .arg(humanSize(std::min(handled, total)), humanSize(total));
+    else if (isComplete)
+        numbers = " 100%";
     constexpr int barWidth = 20;
     const int filled = static_cast<int>(share * barWidth);
-    QString line = "[" + QString(filled, '#') + QString(barWidth - filled, '.') + "] " + numbers;
+    QString line = "[" + QString(filled, '#') + QString(barWidth - filled, '.') + "]" + numbers;
     const QString source = progress["syncCopySourcePath"].toString();
     const QString name = source.isEmpty() ? activityText(progress) : source.mid(source.lastIndexOf('/') + 1);
     const qsizetype room = width - line.size() - 2;
