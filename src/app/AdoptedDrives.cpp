@@ -18,7 +18,8 @@ constexpr const char* forgottenKey = "forgotten-drives";
 
 bool isSame(const AdoptedDrive& a, const AdoptedDrive& b) {
     if (a.folder != b.folder) return false;
-    return a.uuid && b.uuid ? *a.uuid == *b.uuid : a.path == b.path;
+    // One that can be told by its number is never mistaken for one that cannot, wherever the two are mounted.
+    return a.uuid || b.uuid ? a.uuid == b.uuid : a.path == b.path;
 }
 
 bool contains(const std::vector<AdoptedDrive>& list, const AdoptedDrive& drive) {

@@ -14,7 +14,7 @@ namespace vt {
 
 struct AdoptedDrive {
     std::string path;                // mount point or folder
-    std::optional<std::string> uuid; // of a volume that has one
+    std::optional<std::string> uuid; // of a volume that has one: its UUID or the file system's own number
     bool folder = false;             // a folder drive
     bool operator==(const AdoptedDrive&) const = default;
 };

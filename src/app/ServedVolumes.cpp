@@ -35,8 +35,14 @@ bool isFolderDrive(const Value::Dictionary& description) {
 AdoptedDrive driveOf(const Value::Dictionary& description) {
     AdoptedDrive drive{paths::clean(textFor(description, diskdescription::volumePath)), std::nullopt,
                        isFolderDrive(description)};
-    if (const std::string* uuid = stringForKey(description, diskdescription::volumeUuid); uuid && !drive.folder)
-        drive.uuid = *uuid;
+    if (drive.folder) return drive;
+    // A FAT volume has a number of its own where it has no UUID: another stick at the same mount point is another one.
+    for (const char* key : {diskdescription::volumeIdentity, diskdescription::volumeUuid}) {
+        const std::string* number = stringForKey(description, key);
+        if (number == nullptr) continue;
+        drive.uuid = *number;
+        break;
+    }
     return drive;
 }
 
