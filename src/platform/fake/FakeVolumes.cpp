@@ -22,6 +22,7 @@ Value::Dictionary FakeVolumes::description(const std::string& name, const Disk& 
     result.insert_or_assign(key::volumeNetwork, volume.network);
     if (volume.network) return result;
     add(key::volumeUuid, volume.uuid);
+    add(key::volumeIdentity, volume.uuid.empty() ? volume.number : volume.uuid);
     add(key::mediaBsdName, name);
     add(key::mediaContent, volume.content);
     result.insert_or_assign(key::mediaSize, volume.totalBytes);

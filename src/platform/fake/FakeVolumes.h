@@ -18,6 +18,7 @@ namespace vt {
 struct FakeMount {
     std::string fileSystem = "ext4"; // type name and kind
     std::string uuid;
+    std::string number; // the file system's own, where it has no UUID
     std::string vendor;
     std::string model;
     std::string revision;

@@ -109,8 +109,8 @@ void VolumeSurvey::addDisks(const MountTable& table, VolumeSnapshot& next) {
         VolumeState state;
         state.mountPoint = mount.target;
         state.description = describeDisk(mount, *device);
-        const auto uuid = state.description.find(diskdescription::volumeUuid);
-        if (uuid != state.description.end()) state.identity = *uuid->second.asString();
+        const auto number = state.description.find(diskdescription::volumeIdentity);
+        if (number != state.description.end()) state.identity = *number->second.asString();
         next.emplace(key, std::move(state));
     }
     for (const auto& [key, state] : _last) {
