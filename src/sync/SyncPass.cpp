@@ -37,8 +37,9 @@ void SyncPass::threadDoSync(const std::optional<std::vector<std::string>>& paths
     _services.notify();
     settle();
     syncThreadCleanupAfterSync();
-    // A drive that has gone has nothing that could be called complete.
-    _services.report.syncThreadReportResults(success && !_services.drive.isGone(), _bDoingContinuousSync);
+    // A drive that has gone, or that did not keep what was written, has nothing that could be called complete.
+    success = success && !_services.drive.isGone() && _services.tools.journal().flush().ok();
+    _services.report.syncThreadReportResults(success, _bDoingContinuousSync);
     _services.report.logSummary(_tally);
     _services.progress.initForNewJob();
     _services.log.mainThreadUpdateProgressDialog(false, -2000);
