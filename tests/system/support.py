@@ -220,9 +220,15 @@ def facts(root):
             else:
                 with open(path, "rb") as file:
                     content = file.read()
-                attributes = {name: os.getxattr(path, name) for name in os.listxattr(path) if name.startswith("user.")}
-                found[key] = ("file", content, status.st_mtime_ns, status.st_mode & 0o7777, attributes)
+                found[key] = ("file", content, status.st_mtime_ns, status.st_mode & 0o7777, user_attributes(path))
     return found
+
+
+def user_attributes(path):
+    try:
+        return {name: os.getxattr(path, name) for name in os.listxattr(path) if name.startswith("user.")}
+    except OSError:  # the file system holds none
+        return {}
 
 
 def identities(root):

@@ -14,9 +14,14 @@ from support import SystemTest, World, copies_folder, facts, wait_until, write
 class DriveTest:
     def setUp(self):
         self.world = World().__enter__()
-        self.addCleanup(self.world.__exit__, None, None, None)
+        self.addCleanup(self.end_of_the_world)
         write(self.world.home / "Pictures/p.jpg", b"picture")
         write(self.world.home / "Music/m.mp3", b"music")
+
+    def end_of_the_world(self):
+        result = self._outcome.result
+        failed = any(test is self for test, _ in result.failures + result.errors)
+        self.world.__exit__(AssertionError if failed else None, None, None)
 
     def drive(self, name="drive", kind="ext4", megabytes=32):
         drive = Drive(self.world.folder, name, kind, megabytes)
