@@ -12,8 +12,8 @@ bool isBusy(const QJsonObject& progress) {
     return progress["syncIsBusy"].toInt() != 0;
 }
 
-// What the waited-for syncs did, gathered from the activity notifications. There is more than one when the sync on
-// connect was due: it does the work, and the one that was asked for finds it done.
+// What the syncs did that were waited for, gathered from the activity notifications. There is more than one when the
+// sync on connect was due or running: it does the work, and the one that was asked for finds it done.
 struct Watched {
     QString drive;
     bool began = false;
@@ -72,9 +72,7 @@ int startSync(const CommandLine& line) {
     Watched watched{.drive = drive};
     bool sent = false;
     QString departed;
-    QObject::connect(&agent, &Agent::activity, &agent, [&](const QJsonObject& progress) {
-        if (sent) watched.take(progress);
-    });
+    QObject::connect(&agent, &Agent::activity, &agent, [&](const QJsonObject& progress) { watched.take(progress); });
     AgentLog log;
     waitUntil(
         agent,
@@ -89,9 +87,11 @@ int startSync(const CommandLine& line) {
             }
             if (!sent) {
                 if (isBusy(progress)) {
-                    live.show(drive, "waiting for the drive to be idle");
+                    watched.take(progress); // one that runs already may have told of its beginning
+                    live.show(drive, progressLine(progress, terminalWidth() - 1));
                     return false;
                 }
+                watched.began = watched.ended = false;
                 log.skipToEnd();
                 agent.send("DOIT", drive);
                 sent = true;
