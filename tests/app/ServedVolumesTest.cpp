@@ -1,0 +1,182 @@
+// Which volumes are served, and that nothing is written to any other.
+#include "AppWorld.h"
+
+namespace vt::test {
+namespace {
+
+using Keys = std::vector<std::string>;
+
+FakeMount plainStick(const std::string& uuid = "AAAA") {
+    FakeMount volume;
+    volume.uuid = uuid;
+    return volume;
+}
+
+class ServedVolumesTest : public ::testing::Test {
+  protected:
+    void SetUp() override { world.start(); }
+    void writeConfiguration(const std::string& mountPoint, const std::string& user) {
+        world.disk.mount(mountPoint);
+        const std::string text =
+            "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>" + user + "</key><dict/></dict></plist>";
+        ASSERT_TRUE(world.files.writeAtomically(mountPoint + "/.VantaroConfig", text, 0644).ok());
+    }
+    AppWorld world;
+};
+
+TEST_F(ServedVolumesTest, AStickThatNobodyChoseStaysEmpty) {
+    world.mount(AppWorld::stick, "disk8s1", plainStick());
+    world.pass(3000);
+    EXPECT_EQ(world.keys(), Keys{});
+    EXPECT_EQ(world.reason(AppWorld::stick), "it was not adopted");
+    EXPECT_EQ(pathsOf(world.files, world.files, AppWorld::stick), Keys{});
+}
+
+TEST_F(ServedVolumesTest, TheDriveFamilyIsServed) {
+    struct Row {
+        const char* vendor;
+        const char* model;
+        bool served;
+    };
+    for (const Row& row : {Row{"TALMONT", "", true}, Row{"", "Corvane Wireless", true}, Row{"Acme", "Talmonte", true},
+                           Row{"Acme", "Stick", false}, Row{"Buzzard", "", true}, Row{"# Comment", "", false}}) {
+        SCOPED_TRACE(std::string(row.vendor) + "/" + row.model);
+        AppWorld own;
+        own.makeFolders("/etc/vantaro");
+        ASSERT_TRUE(own.files.create("/etc/vantaro/drive-family.conf", "# comment\n\n  buzzard \r\n", 0644).ok());
+        own.start();
+        FakeMount volume = plainStick();
+        volume.vendor = row.vendor;
+        volume.model = row.model;
+        own.mount(AppWorld::stick, "disk8s1", volume);
+        EXPECT_EQ(own.keys().size(), row.served ? 1U : 0U);
+    }
+}
+
+TEST_F(ServedVolumesTest, AConfigurationThatNamesThisUserIsEnoughAndOneOfOthersIsNot) {
+    writeConfiguration(AppWorld::stick, AppWorld::identifier);
+    world.volumes.mount("disk8s1", AppWorld::stick, plainStick());
+    writeConfiguration("/media/other", "001B63D4E5F6-1000");
+    world.volumes.mount("disk8s2", "/media/other", plainStick("BBBB"));
+    world.loop.runPending();
+    EXPECT_EQ(world.keys(), Keys{"disk8s1"});
+    EXPECT_EQ(world.reason("/media/other"), "it was not adopted");
+}
+
+TEST_F(ServedVolumesTest, ReadOnlyAndInternalVolumesAreNotServedAndSaySo) {
+    FakeMount readOnly = AppWorld::family();
+    readOnly.readOnly = true;
+    world.mount("/media/ro", "disk8s1", readOnly);
+    FakeMount internal = AppWorld::family();
+    internal.internal = true;
+    world.mount("/data", "disk8s2", internal);
+    EXPECT_EQ(world.keys(), Keys{});
+    EXPECT_EQ(world.reason("/media/ro"), "it is read-only");
+    EXPECT_EQ(world.reason("/data"), "it is on an internal disk and was not adopted");
+    // A person's word makes it a drive like any other, after a new start too.
+    EXPECT_EQ(world.adopt("/data"), "");
+    EXPECT_EQ(world.keys(), Keys{"disk8s2"});
+    world.restart();
+    EXPECT_EQ(world.keys(), Keys{"disk8s2"});
+}
+
+TEST_F(ServedVolumesTest, AnAdoptionThatOvertakesTheReportOfTheMountIsOneArrival) {
+    world.disk.mount(AppWorld::stick);
+    world.volumes.mount("disk8s1", AppWorld::stick, plainStick()); // its events wait in the run loop
+    EXPECT_EQ(world.adopt(AppWorld::stick), "");
+    EXPECT_EQ(world.keys(), Keys{"disk8s1"});
+    EXPECT_EQ(world.bus.appeared, Keys{AppWorld::stick});
+    EXPECT_EQ(world.bus.disappeared, Keys{});
+}
+
+TEST_F(ServedVolumesTest, AnAdoptedVolumeIsKnownWhereverItIsMounted) {
+    world.mount(AppWorld::stick, "disk8s1", plainStick());
+    EXPECT_EQ(world.adopt(AppWorld::stick), "");
+    world.unmount(AppWorld::stick, "disk8s1");
+    EXPECT_EQ(world.keys(), Keys{});
+    world.mount("/media/elsewhere", "disk9s1", plainStick());
+    EXPECT_EQ(world.keys(), Keys{"disk9s1"});
+    world.unmount("/media/elsewhere", "disk9s1");
+    // Another stick at the place of the first is another one.
+    world.mount(AppWorld::stick, "disk9s2", plainStick("BBBB"));
+    EXPECT_EQ(world.keys(), Keys{});
+}
+
+TEST_F(ServedVolumesTest, FatSticksAreToldApartByTheirNumbers) {
+    FakeMount fat = plainStick("");
+    fat.fileSystem = "msdos";
+    fat.number = "12AB-34CD";
+    world.mount(AppWorld::stick, "disk8s1", fat);
+    EXPECT_EQ(world.adopt(AppWorld::stick), "");
+    world.unmount(AppWorld::stick, "disk8s1");
+    FakeMount other = fat;
+    other.number = "FFFF-0000";
+    world.mount(AppWorld::stick, "disk8s2", other);
+    EXPECT_EQ(world.keys(), Keys{});
+    world.unmount(AppWorld::stick, "disk8s2");
+    other.number = ""; // one that tells nothing of itself is no adopted one either
+    world.mount(AppWorld::stick, "disk8s3", other);
+    EXPECT_EQ(world.keys(), Keys{});
+    world.unmount(AppWorld::stick, "disk8s3");
+    world.mount("/media/again", "disk8s4", fat);
+    EXPECT_EQ(world.keys(), Keys{"disk8s4"});
+}
+
+TEST_F(ServedVolumesTest, ForgettingCountsMoreThanConfigurationAndFamily) {
+    world.mount(AppWorld::stick, "disk8s1", AppWorld::family());
+    ASSERT_EQ(world.keys(), Keys{"disk8s1"});
+    EXPECT_EQ(world.ask(&DrivesService::forget, AppWorld::stick), "");
+    EXPECT_EQ(world.keys(), Keys{});
+    EXPECT_EQ(world.reason(AppWorld::stick), "it was let go by a person");
+    world.restart();
+    EXPECT_EQ(world.keys(), Keys{});
+    EXPECT_EQ(world.ask(&DrivesService::forget, AppWorld::stick), "\"/media/stick\" is not a served drive");
+    EXPECT_EQ(world.adopt(AppWorld::stick), "");
+    EXPECT_EQ(world.keys(), Keys{"disk8s1"});
+}
+
+TEST_F(ServedVolumesTest, AFolderDriveGoesAndComesWithItsFolder) {
+    world.makeFolders("/srv/backup");
+    EXPECT_EQ(world.adopt("/srv/backup/"), "");
+    ASSERT_EQ(world.keys().size(), 1U);
+    EXPECT_TRUE(world.keys()[0].starts_with("diskf"));
+    EXPECT_EQ(world.adopt("/srv/backup"), ""); // once more changes nothing
+    EXPECT_EQ(world.keys().size(), 1U);
+    world.volumes.folderGone("/srv/backup");
+    world.loop.runPending();
+    EXPECT_EQ(world.keys(), Keys{});
+    world.volumes.folderReturned("/srv/backup");
+    world.loop.runPending();
+    EXPECT_EQ(world.keys().size(), 1U);
+    world.restart();
+    EXPECT_EQ(world.keys().size(), 1U);
+    EXPECT_EQ(world.ask(&DrivesService::forget, "/srv/backup"), "");
+    EXPECT_EQ(world.keys(), Keys{});
+}
+
+TEST_F(ServedVolumesTest, WhatCannotBeADriveIsRefused) {
+    world.makeFolders("/home/ada/.config/com.corvane.vantaro");
+    world.makeFolders("/home/ada/.local/state/vantaro/inside");
+    world.makeFolders("/srv");
+    ASSERT_TRUE(world.files.create("/srv/file", "", 0644).ok());
+    FakeMount readOnly = plainStick();
+    readOnly.readOnly = true;
+    world.mount("/media/ro", "disk8s1", readOnly);
+    const std::vector<std::pair<std::string, std::string>> rows = {
+        {"relative", "the path is not absolute"},
+        {"/", "the home folder cannot be a drive"},
+        {"/home", "the home folder cannot be a drive"},
+        {"/home/ada/", "the home folder cannot be a drive"},
+        {"/home/ada/.config/com.corvane.vantaro", "the agent keeps files of its own there"},
+        {"/home/ada/.local/state", "the agent keeps files of its own there"},
+        {"/home/ada/.local/state/vantaro/inside", "the agent keeps files of its own there"},
+        {"/media/ro", "the volume is read-only"},
+        {"/srv/file", "it is no volume and no folder"},
+    };
+    for (const auto& [path, reason] : rows) EXPECT_NE(world.adopt(path).find(reason), std::string::npos) << path;
+    EXPECT_NE(world.adopt("/nowhere"), "");
+    EXPECT_EQ(world.keys(), Keys{});
+}
+
+} // namespace
+} // namespace vt::test
