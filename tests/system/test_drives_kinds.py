@@ -75,6 +75,21 @@ class Kinds(SystemTest, DriveTest):
         self.syncs_twice("ntfs")
         self.assertEqual(self.world.json("drives")[0]["fileSystem"], "ntfs")
 
+    def test_fat(self):
+        # The driver knows plain names only, and reports no free space.
+        (self.world.home / "Pictures/Album/Ünï.jpg").unlink()
+        drive = self.drive(kind="fat", name="fat").mount()
+        self.world.start()
+        self.world.adopt(drive.mount_point)
+        self.assertEqual(self.world.json("drives")[0]["fileSystem"], "msdos")
+        copies = copies_folder(drive.mount_point)
+        self.assertEqual((copies / "Pictures/odd date.jpg").read_bytes(), b"picture")
+        self.assertFalse((copies / "Pictures/link.jpg").exists(), "a FAT drive holds no links")
+        run = self.world.sync(drive.mount_point)
+        self.assertIn("Nothing was copied", run.out)
+        self.assertIn(" 0 failed or skipped", run.out)
+        self.assertFalse([line for line in self.world.messages() if "Unable to" in line], self.world.log())
+
 
 class Many(SystemTest, DriveTest):
     def setUp(self):
