@@ -36,10 +36,10 @@ struct DestinationCapabilities {
 
 // Disk descriptions are dictionaries with these keys; a key that is unknown for a disk is absent.
 namespace diskdescription {
-inline constexpr const char* volumePath = "DAVolumePath";         // string
-inline constexpr const char* volumeName = "DAVolumeName";         // string
-inline constexpr const char* volumeKind = "DAVolumeKind";         // string
-inline constexpr const char* volumeUuid = "DAVolumeUUID";         // string
+inline constexpr const char* volumePath = "DAVolumePath"; // string
+inline constexpr const char* volumeName = "DAVolumeName"; // string
+inline constexpr const char* volumeKind = "DAVolumeKind"; // string
+inline constexpr const char* volumeUuid = "DAVolumeUUID"; // string
 // The volume's own identity, also where the file system has no UUID (FAT's serial number); stable over mounts.
 inline constexpr const char* volumeIdentity = "VTVolumeIdentity"; // string
 inline constexpr const char* volumeNetwork = "DAVolumeNetwork";   // boolean
