@@ -97,6 +97,7 @@ void Stage::put(const std::string& path, const std::string& content, Date date) 
 std::string Stage::play(const Event& event) {
     // Outside both home folders only one of the two has a list item.
     Party& party = _parties[localPath(_parties[0], event.path).starts_with("/srv") ? 0 : event.who];
+    _world.clock.setNow(_world.clock.now().plusSeconds(10)); // between one thing and the next
     switch (event.step) {
     case Step::sync:
     case Step::syncWithUnreadable:
@@ -131,6 +132,7 @@ void Stage::change(Party& party, const Event& event) {
     switch (event.step) {
     case Step::writeFile:
         put(local, newContent(event.size), date);
+        party.lastWritten = local;
         break;
     case Step::removeItem:
         _world.files.remove(local, {}).ignore();
@@ -229,6 +231,7 @@ void Stage::carryOut(Party& party, const Event& event, Round& round) {
     switch (event.step) {
     case Step::syncWithUnreadable:
         round.request.unreadable = {path, other};
+        if (event.size % 2 == 0 && !party.lastWritten.empty()) round.request.unreadable.insert(party.lastWritten);
         for (const auto& each : round.request.unreadable) faults.fail("copyFile", each, EIO);
         round.clean = false;
         break;

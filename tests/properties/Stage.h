@@ -27,6 +27,7 @@ class Stage {
         std::shared_ptr<VTSyncController> controller;
         WorldHost* log = nullptr;
         model::User user;
+        std::string lastWritten;
         bool uncertain = false; // what a sync left that was cancelled or raced: until the next whole one
         bool backdated = false; // dates that went backwards: what the dates hide is not asked for
     };
