@@ -36,7 +36,7 @@ VTSyncController::VTSyncController(std::shared_ptr<Parts> parts) : _parts(std::m
 VTSyncController::~VTSyncController() {
     _parts->log.debugLine("-[MRLSyncController %@ dealloc]", paths::displayText(deviceMountPoint()));
     _parts->window.reset(); // here, on the main thread: the worker may hold the rest a little longer
-    _parts->tasks.close();  // a worker that still waits ends; one at work ends with its task
+    _parts->tasks.close();  // a worker without a "death" before it ends now, or with the task that it is at
 }
 
 bool VTSyncController::isValidDevice() {

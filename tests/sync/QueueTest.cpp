@@ -334,6 +334,25 @@ TEST(QueueThread, twoDrivesSyncAtOnce) {
         [&] { return std::ranges::all_of(controllers, [](const auto& one) { return one->workerEnded(); }); }));
 }
 
+// The application lets a controller go as soon as its drive has left.
+TEST(QueueThread, aDriveThatLeavesIsReportedEvenWhenItsControllerHasGone) {
+    SyncWorld world;
+    world.computer({file("Music/a.mp3", "a", at(-10))});
+    world.host.forget();
+    auto controller = world.controllerFor(SyncWorld::drive, false);
+    controller->updateFileValidator({&world.everything});
+    const auto process = world.services.process;
+    controller->sync();
+    controller->driveDisappeared();
+    controller.reset();
+    EXPECT_TRUE(world.loop.runUntil([&] { return process->servedRoots().size() == 1; }));
+    EXPECT_TRUE(world.host.has("Synchronization of \"stick\" did not complete successfully."));
+    const auto last = world.host.notifications().back();
+    EXPECT_EQ(last.at("syncActivityType").integerValue(), 5);
+    EXPECT_EQ(last.at("syncActivityFailureType").integerValue(), 3);
+    EXPECT_FALSE(last.contains("activePath"));
+}
+
 TEST(QueueThread, aControllerThatIsLetGoEndsItsWorker) {
     SyncWorld world;
     auto controller = world.controllerFor(SyncWorld::drive, false);

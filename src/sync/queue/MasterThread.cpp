@@ -37,7 +37,7 @@ void MasterThread::conditionalDetachMasterThread(WorkerThreads* threads, std::sh
 void MasterThread::masterThread() {
     try {
         _runner.begin();
-        while (!_queue.closed()) {
+        while (!_queue.over()) {
             switch (_runner.runRound()) {
             case Round::idle:
                 _queue.waitForTask();

@@ -72,7 +72,7 @@ void TaskQueue::waitForTask() {
 
 void TaskQueue::pause(std::chrono::milliseconds time) {
     std::unique_lock lock(_taskLock);
-    _changed.wait_for(lock, time, [this] { return _closed; });
+    _changed.wait_for(lock, time, [this] { return isOver(); });
 }
 
 void TaskQueue::close() {
@@ -83,9 +83,14 @@ void TaskQueue::close() {
     _changed.notify_all();
 }
 
-bool TaskQueue::closed() const {
+bool TaskQueue::over() const {
     const std::scoped_lock lock(_taskLock);
-    return _closed;
+    return isOver();
+}
+
+bool TaskQueue::isOver() const {
+    return _closed && std::none_of(_taskList.begin(), _taskList.end(),
+                                   [](const TaskRecord& task) { return task.operation == operations::death; });
 }
 
 } // namespace vt

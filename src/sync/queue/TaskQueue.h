@@ -33,10 +33,14 @@ class TaskQueue {
     // The worker's waits. The idle one ends with the first task, at the latest after a second.
     void waitForTask();
     void pause(std::chrono::milliseconds time);
-    void close(); // ends every wait from now on: the controller is gone
-    [[nodiscard]] bool closed() const;
+    // The controller is gone: every wait ends from now on, unless "death" is still to be carried out.
+    void close();
+    // Nothing is left for the worker to do.
+    [[nodiscard]] bool over() const;
 
   private:
+    [[nodiscard]] bool isOver() const; // under the lock
+
     mutable std::mutex _taskLock;
     std::condition_variable _changed;
     std::deque<TaskRecord> _taskList;
