@@ -76,13 +76,19 @@ std::string SyncPass::filterText() const {
     return text + std::to_string(configuration.getSyncDeviceFilterForUser());
 }
 
-bool SyncPass::syncThreadPrepareFolders() {
+void SyncPass::clearScanResults() {
+    _byTarget.clear();
+    _indexed = 0;
     _scanResults.clearScanResults();
+}
+
+bool SyncPass::syncThreadPrepareFolders() {
+    clearScanResults();
     return _services.tools.folders().prepare();
 }
 
 bool SyncPass::syncThreadSyncItems(const std::optional<std::vector<std::string>>& paths) {
-    _scanResults.clearScanResults();
+    clearScanResults();
     const std::vector<ChosenItem> items =
         paths ? chooseChangedItems(*paths, _syncItems, _services.paths.home()) : chooseAllItems(_syncItems);
     if (paths && items.empty()) return true;
@@ -158,8 +164,8 @@ bool SyncPass::processScanResults() {
 
     ScanResultsProcessor processor(
         {_services.files, _services.tools.tree(), _services.markers, _services.tools.filter(),
-         _services.tools.keepAside(), _services.cancel, _services.lastSyncTime, _services.clock, _tally,
-         _services.hostUserId,
+         _services.tools.keepAside(), _services.cancel, _services.drive, _services.lastSyncTime, _services.clock,
+         _tally, _services.hostUserId,
          [this]() -> std::shared_ptr<MRLErrorReporter> { return _services.tools.errorReporter(); }, logLine,
          [this](const std::string& path) { return _services.owed.record().knownToFail(path); },
          [this] {
@@ -204,16 +210,26 @@ void SyncPass::settle() {
 
 void SyncPass::syncThreadCleanupAfterSync() {
     (void)_services.tools.folders().deleteTempFolders();
-    _scanResults.clearScanResults();
+    clearScanResults();
     _services.tools.clearReporters();
     systemLog(formatText("Final Progress Dictionary: %@", {Value(_services.progress.getCurrentProgressDict())}));
     _services.notify();
 }
 
-std::string SyncPass::computerPathOf(const std::string& staged) const {
-    for (const ScanEntry& entry : _scanResults.entries()) {
-        if (!paths::isAtOrBelow(staged, entry.pushkeyPath)) continue;
-        return entry.computerPath + staged.substr(entry.pushkeyPath.size());
+// Many thousands may be left behind at once, so the entries are not searched one by one.
+std::string SyncPass::computerPathOf(const std::string& staged) {
+    const auto& entries = _scanResults.entries();
+    if (_indexed != entries.size()) {
+        _byTarget.clear();
+        for (const ScanEntry& entry : entries) _byTarget.emplace(entry.pushkeyPath, &entry);
+        _indexed = entries.size();
+    }
+    std::string_view above = staged;
+    while (above.size() > 1) {
+        const auto found = _byTarget.find(above);
+        if (found != _byTarget.end()) return found->second->computerPath + staged.substr(above.size());
+        const auto slash = above.rfind('/');
+        above = above.substr(0, slash == std::string_view::npos ? 0 : slash);
     }
     return staged;
 }

@@ -23,6 +23,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace vt {
@@ -85,7 +87,8 @@ class SyncPass {
     void announceReplacements();
     [[nodiscard]] bool liesOnOwnDrive(const std::string& local);
     [[nodiscard]] std::string filterText() const;
-    [[nodiscard]] std::string computerPathOf(const std::string& staged) const;
+    [[nodiscard]] std::string computerPathOf(const std::string& staged);
+    void clearScanResults();
 
     Services _services;
     // Cleared with every sync and set nowhere: the queue keeps syncs apart.
@@ -93,6 +96,8 @@ class SyncPass {
     std::atomic<bool> _bDoingContinuousSync{false};
     std::atomic<std::int64_t> _fullPassBegan{0}; // nanoseconds, as Date has them; 0: never
     ScanResults _scanResults;
+    std::unordered_map<std::string_view, const ScanEntry*> _byTarget; // of the first `_indexed` entries
+    std::size_t _indexed = 0;
     PassTally _tally;
     std::vector<std::string> _syncItems;
     std::vector<std::string> _finalPaths; // of the items compared, on the drive

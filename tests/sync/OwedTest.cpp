@@ -245,6 +245,29 @@ TEST(OwedGuard, aDrivePulledDuringASyncEndsItAsUnsuccessful) {
     EXPECT_EQ(world.controller->getCurrentProgressDict().at("syncActivityType").integerValue(), 5);
 }
 
+TEST(OwedGuard, aPulledDriveIsAskedAboutOnceHoweverManyFilesAreLeft) {
+    SyncWorld world;
+    for (int i = 0; i < 100; ++i) {
+        const std::string name = "Music/" + std::to_string(i) + ".mp3";
+        world.computer({file(name, "new", at(-5))});
+        world.onDrive({file(name, "old", at(-10))});
+    }
+    bool pulled = false;
+    world.disk.faults().before("copyData", "", [&](const std::string&) {
+        if (std::exchange(pulled, true)) return;
+        world.controller->driveDisappeared();
+        world.disk.pull(SyncWorld::drive, ENODEV);
+        world.volumes.unplug("disk8s1");
+    });
+    world.controller->sync();
+    while (world.controller->playRound()) {
+    }
+    EXPECT_TRUE(world.host.has("Synchronization of \"stick\" did not complete successfully."));
+    ASSERT_EQ(world.alerts.shown.size(), 2U); // the copy that failed, and the sync
+    EXPECT_EQ(world.alerts.shown[0].title, "Copy Failed.");
+    EXPECT_EQ(world.alerts.shown[1].title, "Sync Failed");
+}
+
 TEST(OwedGuard, sessionsNestAndCloseTheDirectoryAtTheEnd) {
     SyncWorld world;
     DriveGuard guard(SyncWorld::drive, world.driveFiles);

@@ -20,7 +20,7 @@ struct ProcessWorld : SyncWorld {
     std::vector<std::string> failedBefore;
     ScanResultsProcessor processor{
         {parts->drive->files(), parts->tools.tree(), parts->markers, parts->tools.filter(), parts->tools.keepAside(),
-         parts->cancel, parts->lastSyncTime, clock, tally, host.identifier,
+         parts->cancel, *parts->guard, parts->lastSyncTime, clock, tally, host.identifier,
          [this]() -> std::shared_ptr<MRLErrorReporter> { return parts->tools.errorReporter(); },
          [this](const std::string& text) { host.logMessage(text); },
          [this](const std::string& path) { return std::ranges::count(failedBefore, path) > 0; },

@@ -22,6 +22,8 @@ bool ScanResultsProcessor::processScanResults(const ScanResults& results) {
     bool result = true;
     for (const ScanEntry* entry : inOrder(results)) {
         if (_services.cancel.pending()) return result;
+        // Each of the remaining steps would fail, and ask a person about it.
+        if (_services.drive.isGone()) return false;
         if (entry->syncActionEnabled && entry->actionToPerform) carryOut(*entry, result);
     }
     // A cancelled pass has not looked at everything, whatever it found.

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/DriveRoot.h"
 #include "platform/FileService.h"
 #include "sync/CancelMark.h"
 #include "sync/LastSyncTime.h"
@@ -31,6 +32,7 @@ class ScanResultsProcessor {
         const PassFilter& filter;
         KeepAside& keepAside;
         const CancelMark& cancel;
+        const DriveRoot& drive;
         LastSyncTime& lastSyncTime;
         const Clock& clock;
         PassTally& tally;
