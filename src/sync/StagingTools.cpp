@@ -21,8 +21,11 @@ StagingTools::StagingTools(Services services)
              &_guard, &_capabilities, _services.knownToFail, closed()}),
       _folders({_services.paths.target(), _services.paths.driveWork(), _services.paths.localWork()},
                {_services.drive.files(), _services.workspace, _tree,
-                [&log = _services.log](const std::string& text) { log.debugMessage(text); }, _logLine,
-                [this]() -> std::shared_ptr<MRLErrorReporter> { return errorReporter(); },
+                // The work folders' debug lines are ordinary lines of the log, with a time stamp.
+                [&log = _services.log](const std::string& text) {
+                    if (log.debugEnabled()) log.logMessage(text);
+                },
+                _logLine, [this]() -> std::shared_ptr<MRLErrorReporter> { return errorReporter(); },
                 [this] { return _services.cancel.stopsCommit(); }, _services.leftBehind,
                 [this] { return _services.log.debugEnabled(); }, &_besides, [this] { _journal.noteCommitted(); }}),
       _copyReporter(MRLCopyErrorReporter::create(_services.delegate, _services.drive.files(), _services.volumes)),

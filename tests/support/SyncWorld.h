@@ -101,6 +101,10 @@ class WorldHost final : public SyncHost, public LogSink {
         const auto all = lines();
         return std::find(all.begin(), all.end(), line) != all.end();
     }
+    [[nodiscard]] bool hasWithTime(const std::string& line) const {
+        const std::scoped_lock lock(_mutex);
+        return std::find(_stamped.begin(), _stamped.end(), line) != _stamped.end();
+    }
     [[nodiscard]] std::vector<int> activityTypes() const {
         const std::scoped_lock lock(_mutex);
         std::vector<int> types;
@@ -123,14 +127,17 @@ class WorldHost final : public SyncHost, public LogSink {
   private:
     void add(std::string text) {
         const std::string stamp = VTLogController::generateString("", true, false, _clock.now());
-        if (text.starts_with(stamp)) text.erase(0, stamp.size());
+        const bool stamped = text.starts_with(stamp);
+        if (stamped) text.erase(0, stamp.size());
         if (text.ends_with('\n')) text.pop_back();
         const std::scoped_lock lock(_mutex);
+        if (stamped) _stamped.push_back(text);
         _lines.push_back(std::move(text));
     }
     FakeClock& _clock;
     mutable std::mutex _mutex;
     std::vector<std::string> _lines;
+    std::vector<std::string> _stamped;
     std::vector<Value::Dictionary> _notifications;
 };
 

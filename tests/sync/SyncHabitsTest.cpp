@@ -68,6 +68,20 @@ TEST(SyncHabits, anAlertIsInTheLogBeforeAnybodySeesIt) {
     EXPECT_FALSE(world.controller->busy());
 }
 
+TEST(SyncHabits, onlyTheWorkFoldersDebugLinesCarryTheTime) {
+    for (const bool debug : {false, true}) {
+        SyncWorld world;
+        world.host.debug = debug;
+        world.computer({file("Music/a.mp3", "a", at(-10))});
+        world.sync();
+        const std::string commit = "-processTempFolders: finishing Mac->Pushkey sync.";
+        EXPECT_EQ(world.host.has(commit), debug);
+        EXPECT_EQ(world.host.hasWithTime(commit), debug);
+        EXPECT_EQ(world.host.has("masterThread: task operation=sync"), debug);
+        EXPECT_FALSE(world.host.hasWithTime("masterThread: task operation=sync"));
+    }
+}
+
 TEST(SyncHabits, noSyncShowsTheProgressWindow) {
     int closed = 0;
     SyncWorld world;
