@@ -144,9 +144,13 @@ SyncPass::Services VTSyncController::Parts::passServices() {
 }
 
 std::optional<int> VTSyncController::Parts::connectionStatus() {
-    const std::scoped_lock lock(fieldsMutex);
-    if (!netService) return std::nullopt;
-    return netService->connectionStatus();
+    std::shared_ptr<ConnectedDrive> service;
+    {
+        const std::scoped_lock lock(fieldsMutex);
+        service = netService;
+    }
+    // Asked without the lock: the drive's own thread may be telling this controller of its end.
+    return service ? std::optional(service->connectionStatus()) : std::nullopt;
 }
 
 bool VTSyncController::Parts::wantsKeepAside() {
@@ -167,6 +171,7 @@ void VTSyncController::Parts::queue(TaskRecord task) {
 
 bool VTSyncController::Parts::busy() {
     if (!tasks.busy()) return false;
+    if (!log.debugEnabled()) return true;
     log.debugLine(">MRLSyncController.busy");
     log.debugLine("%@", Value(tasks.tasks()));
     log.debugLine("<MRLSyncController.busy");

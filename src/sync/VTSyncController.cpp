@@ -259,11 +259,12 @@ VTSyncController::MenuItem VTSyncController::validateUserInterfaceItem(const std
 }
 
 void VTSyncController::netServiceBecameUnreachable(const std::string& name) {
+    std::shared_ptr<ConnectedDrive> service;
     {
         const std::scoped_lock lock(_parts->fieldsMutex);
-        if (!_parts->netService || _parts->netService->name() != name) return;
+        service = _parts->netService;
     }
-    if (_parts->tasks.busy()) setCancelPending(true, false);
+    if (service && service->name() == name && _parts->tasks.busy()) setCancelPending(true, false);
 }
 
 void VTSyncController::setCancelPending(bool pending, bool returnValue) {

@@ -229,6 +229,18 @@ TEST(QueueController, busyShowsItsTasksInTheDebugLog) {
                                          "<MRLSyncController.busy"}));
 }
 
+TEST(QueueController, aChangedPathThatIsNoTextIsShownWithReplacementCharacters) {
+    SyncWorld world;
+    world.host.debug = true;
+    world.controller->continuousSyncNow({"/home/ada/Music/\xFF%@.mp3"});
+    EXPECT_TRUE(world.controller->busy());
+    const auto lines = world.host.lines();
+    EXPECT_TRUE(std::ranges::any_of(
+        lines, [](const std::string& line) { return line.find("Music/\uFFFD%@.mp3") != std::string::npos; }));
+    EXPECT_TRUE(
+        std::ranges::none_of(lines, [](const std::string& line) { return line.find('\xFF') != std::string::npos; }));
+}
+
 TEST(QueueController, queueingWritesItsDebugLines) {
     SyncWorld world;
     world.host.debug = true;

@@ -128,8 +128,9 @@ ItemComparison::Answer ItemComparison::compare(const Item& item, Index local, co
 
 ItemComparison::Answer ItemComparison::onlyOnComputer(const Item& item, Index local) {
     ScanEntry entry = entryFor(item, local, entrytype::onlyOnComputer, action::toDrive);
-    _services.log.debugLine("-\n-: copying local: \"%@\"\n-:   to Pushkey: \"%@\"",
-                            shown(workPath(_localWork, item.drive)), shown(item.drive));
+    if (_services.log.debugEnabled())
+        _services.log.debugLine("-\n-: copying local: \"%@\"\n-:   to Pushkey: \"%@\"",
+                                shown(workPath(_localWork, item.drive)), shown(item.drive));
     return add(std::move(entry)) ? Answer::yes : Answer::no;
 }
 

@@ -97,8 +97,9 @@ ItemComparison::Answer ItemComparison::driveOnlyEntries(const Frame& frame) {
         }
         // Markers of removed items, and the agent's own work folder.
         if (entry.name.starts_with(".d$f.") || entry.name.starts_with(".d$d.") || entry.name == ".Z_VT_W") return true;
-        _services.log.debugLine("-\n-: skipping Pushkey item \"%@\"",
-                                paths::displayText(paths::join(frame.folder.drive, entry.name)));
+        if (_services.log.debugEnabled())
+            _services.log.debugLine("-\n-: skipping Pushkey item \"%@\"",
+                                    paths::displayText(paths::join(frame.folder.drive, entry.name)));
         ++_services.tally.driveOnly;
         return true;
     });

@@ -1,6 +1,7 @@
 // One request to a drive's worker. Thread: any; a value.
 #pragma once
 
+#include "base/Paths.h"
 #include "base/Value.h"
 
 #include <optional>
@@ -51,9 +52,16 @@ struct TaskRecord {
     [[nodiscard]] Value::Dictionary toValue() const {
         Value::Dictionary record{{"operation", operation}, {"syncActivityType", syncActivityType}};
         if (syncActivityFailureType) record["syncActivityFailureType"] = *syncActivityFailureType;
-        if (pathsToSyncTo) record["pathsToSyncTo"] = arrayOfStrings(*pathsToSyncTo);
-        if (syncList) record["sync-list"] = arrayOfStrings(*syncList);
+        if (pathsToSyncTo) record["pathsToSyncTo"] = shown(*pathsToSyncTo);
+        if (syncList) record["sync-list"] = shown(*syncList);
         return record;
+    }
+
+  private:
+    [[nodiscard]] static Value shown(const std::vector<std::string>& bytes) {
+        std::vector<std::string> texts;
+        for (const std::string& path : bytes) texts.push_back(paths::displayText(path));
+        return arrayOfStrings(texts);
     }
 };
 
