@@ -56,7 +56,8 @@ bool LogFile::exists(bool create) {
     if (_files.attributesFollowing(_path)) return false;
     if (!pruned && !create) return false;
     SystemLogSink sink;
-    return createFileAtPath(_files, _contents, sink, _path, "", &logMode, true, false);
+    // No mode of the file's own: the folders made on the way would get it too, and nobody could enter them.
+    return createFileAtPath(_files, _contents, sink, _path, "", nullptr, true, false);
 }
 
 std::optional<std::string> LogFile::read() {

@@ -201,6 +201,13 @@ TEST_F(LogController, ExistenceIsAnsweredWithNoWhereTheFileIsThere) {
     EXPECT_EQ(bytes(), "");
 }
 
+TEST_F(LogController, FoldersMadeForTheFileCanBeEntered) {
+    ASSERT_TRUE(log.logFileExists(true));
+    EXPECT_EQ(files.attributes(path)->mode, 0644U);
+    for (const char* folder : {"/home/ada/Library/Logs", "/home/ada/Library", "/home/ada"})
+        EXPECT_EQ(files.attributes(folder)->mode, 0755U) << folder;
+}
+
 TEST_F(LogController, AFileThatCannotBeMadeIsAnsweredWithNo) {
     disk.faults().fail("makeDirectory", "/home", EACCES);
     testing::internal::CaptureStderr();
