@@ -57,24 +57,26 @@ bool HandoverQueue::performAndWait(std::function<void()> work) {
         const std::lock_guard guard(state->lock);
         if (state->closed || (state->shuttingDown && state->serving == 0)) return false;
         state->items.push_back(item);
+        _wake();
     }
     state->changed.notify_all();
-    _wake();
     std::unique_lock lock(state->lock);
     state->changed.wait(lock, [&] { return item->stage != Item::Stage::waiting; });
     return item->stage == Item::Stage::done;
 }
 
 void HandoverQueue::performLater(std::function<void()> work) {
+    const std::shared_ptr<State> state = _state;
     auto item = std::make_shared<Item>();
     item->work = std::move(work);
     {
-        const std::lock_guard guard(_state->lock);
-        if (_state->closed) return;
-        _state->items.push_back(std::move(item));
+        // Once the lock is released the work may run, and the main thread may have done with this queue.
+        const std::lock_guard guard(state->lock);
+        if (state->closed) return;
+        state->items.push_back(std::move(item));
+        _wake();
     }
-    _state->changed.notify_all();
-    _wake();
+    state->changed.notify_all();
 }
 
 bool HandoverQueue::runNext() {

@@ -13,7 +13,8 @@ namespace vt {
 
 class HandoverQueue {
   public:
-    // Called once per item after it was queued, on the caller's thread: makes the main thread call runNext().
+    // Called once per item after it was queued, on the caller's thread and under the queue's lock: makes the main
+    // thread call runNext(), later.
     using Wake = std::function<void()>;
     explicit HandoverQueue(Wake wake);
     ~HandoverQueue(); // drops what waits; waiters are released with false

@@ -144,5 +144,17 @@ TEST_F(ExecOnThreadTest, KeepsItselfAliveUntilThen) {
     EXPECT_TRUE(runLoop.runUntil([&] { return calls == 1; }));
 }
 
+// The last of a command's thread and the end of its run loop may fall together.
+TEST(ExecOnThreadEnd, RunLoopMayGoAsSoonAsItsWorkRan) {
+    FakeClock clock;
+    FakeShellCommands shell;
+    for (int round = 0; round < 500; ++round) {
+        FakeRunLoop runLoop(clock);
+        bool ended = false;
+        ExecOnThread::executeShellCommand(shell, runLoop, "any", {}, [&](ExecOnThread&) { ended = true; });
+        ASSERT_TRUE(runLoop.runUntil([&] { return ended; }));
+    }
+}
+
 } // namespace
 } // namespace vt::test
