@@ -126,11 +126,16 @@ bool ConfigurationStore::replaceFile(const Value::Dictionary& root, const Config
         return false;
     }
     const bool foreignOld = there.kind == Kind::oldFormat && !replacesOldFormat;
-    if (there.existsUnloaded() || foreignOld) setAside(log);
+    const bool foreign = there.existsUnloaded() || foreignOld;
+    const auto kept = foreign ? setAside(log) : std::nullopt;
     if (there.kind == Kind::folder || !_services.contents.writeAtomically(_configPath, *xml, sharedMode)) {
+        // A failed write leaves the previous file in its place.
+        if (kept) _services.files.move(*kept, _configPath, Replace::never).ignore();
         log.logMessage(localisedText("Unable to write configuration file to \"%@\".", {_configPath}));
         return false;
     }
+    if (kept)
+        log.logMessage(localisedText("The configuration file \"%1$@\" was kept as \"%2$@\".", {_configPath, *kept}));
     if (log.debugEnabled())
         log.debugMessage(
             formatText("writeConfigFile: configuration file %@ written: %@\n", {_configPath, Value(root)}));
@@ -141,13 +146,13 @@ bool ConfigurationStore::replaceFile(const Value::Dictionary& root, const Config
     return true;
 }
 
-void ConfigurationStore::setAside(ConfigurationLog& log) {
-    if (!_services.keepAside) return;
-    const auto kept = keepAside(_services.files, _mountPoint, configkeys::fileName, _services.clock.now());
-    if (kept)
-        log.logMessage(localisedText("The configuration file \"%1$@\" was kept as \"%2$@\".", {_configPath, *kept}));
-    else if (kept.code() != ENOENT)
+std::optional<std::string> ConfigurationStore::setAside(ConfigurationLog& log) {
+    if (!_services.keepAside) return std::nullopt;
+    auto kept = keepAside(_services.files, _mountPoint, configkeys::fileName, _services.clock.now());
+    if (kept) return std::move(*kept);
+    if (kept.code() != ENOENT)
         log.logMessage(localisedText("The configuration file could not be kept: %@.", {kept.error().describe()}));
+    return std::nullopt;
 }
 
 void ConfigurationStore::adopt(const Value::Dictionary& written, const Value::Dictionary& mine) {
@@ -172,7 +177,8 @@ void ConfigurationStore::removeFile() {
     const auto there = _services.files.attributes(_configPath);
     // A folder is none of ours, whatever its name.
     if (!there || there->isDirectory()) return;
-    setAside(lines);
+    if (const auto kept = setAside(lines))
+        lines.logMessage(localisedText("The configuration file \"%1$@\" was kept as \"%2$@\".", {_configPath, *kept}));
     _services.files.remove(_configPath, {}).ignore();
 }
 

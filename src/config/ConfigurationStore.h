@@ -64,7 +64,8 @@ class ConfigurationStore {
     [[nodiscard]] std::optional<Snapshot> snapshot(std::optional<std::uint64_t> removals, ConfigurationLog& log);
     [[nodiscard]] bool replaceFile(const Value::Dictionary& root, const ConfigurationContent& there,
                                    bool replacesOldFormat, ConfigurationLog& log);
-    void setAside(ConfigurationLog& log);
+    // Where to; null when there was nothing or it could not be kept.
+    std::optional<std::string> setAside(ConfigurationLog& log);
     void adopt(const Value::Dictionary& written, const Value::Dictionary& mine);
 
     ConfigurationServices _services;

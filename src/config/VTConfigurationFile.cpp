@@ -102,7 +102,12 @@ bool VTConfigurationFile::createDefaultSyncSet() {
     const auto list = DefaultSyncList(_store->services()).items();
     systemLog(formatText("createDefaultSyncSet: newSyncList = %@", {Value(arrayOfStrings(list))}));
     if (list.empty()) _store->logSink().logMessage(localised("There is no folder for a default sync list."));
-    const bool written = !list.empty() && (setSyncItemList(list), writeConfigFile());
+    std::uint64_t removals = 0;
+    {
+        const auto guard = _store->lock();
+        removals = _store->state().removals;
+    }
+    const bool written = !list.empty() && (setSyncItemList(list), save(removals));
     const auto guard = _store->lock();
     auto& state = _store->state();
     if (written) state.hasSyncConfiguration = true;
@@ -143,7 +148,9 @@ bool VTConfigurationFile::removeSyncConfiguration() {
 
 bool VTConfigurationFile::removeSyncConfigAndArchiveFiles() {
     auto& files = _store->services().files;
-    files.remove(_store->configPath(), {}).ignore();
+    // A folder is none of ours, whatever its name.
+    const auto there = files.attributes(_store->configPath());
+    if (there && !there->isDirectory()) files.remove(_store->configPath(), {}).ignore();
     {
         const auto guard = _store->lock();
         _store->state().hasSyncConfiguration = false;

@@ -31,6 +31,17 @@ TEST_F(DefaultSyncSet, IsMoviesMusicAndPicturesWithoutDocuments) {
     EXPECT_EQ(world.open()->syncItemList(), (Items{"~/Movies", "~/Music", "~/Pictures"}));
 }
 
+TEST_F(DefaultSyncSet, EveryWriteGoesToTheRunner) {
+    const auto config = world.open();
+    int asked = 0;
+    config->setWriteRunner([&](const std::function<bool()>& write) {
+        ++asked;
+        return write();
+    });
+    EXPECT_TRUE(config->createDefaultSyncSet());
+    EXPECT_EQ(asked, 2); // the list, then the file once more
+}
+
 TEST_F(DefaultSyncSet, LeavesOutFoldersThatAreNotThere) {
     world.system.folders.erase(Folder::music);
     const auto config = world.open();

@@ -141,6 +141,13 @@ TEST(ConfigurationArchive, MovesTheItemBesideTheMountPointUnderTheDay) {
     }
 }
 
+TEST(ConfigurationArchive, AFolderInTheFilesPlaceIsNotDeleted) {
+    ConfigurationWorld world;
+    world.put(std::string(path) + "/inside", "x");
+    EXPECT_FALSE(world.open()->removeSyncConfigAndArchiveFiles()); // a mount point does not move
+    EXPECT_TRUE(world.exists(std::string(path) + "/inside"));
+}
+
 TEST(ConfigurationArchive, AnswersTheResultOfTheMove) {
     ConfigurationWorld world;
     const auto config = world.open();

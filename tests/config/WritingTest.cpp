@@ -277,6 +277,21 @@ TEST(ConfigurationKeptAside, TheWriteGoesAheadWithALineWhereNothingCanBeKept) {
     EXPECT_TRUE(world.open()->hasUserSeenDevice());
 }
 
+TEST(ConfigurationKeptAside, ReturnsToItsPlaceWhereTheWriteFails) {
+    ConfigurationWorld world;
+    world.put(path, "precious");
+    const auto config = world.open();
+    world.log.clear();
+    world.disk.faults().fail("writeAtomically", path, ENOSPC);
+    EXPECT_FALSE(config->addUserToList());
+    EXPECT_EQ(world.bytes(path), "precious");
+    EXPECT_FALSE(world.exists(archived()));
+    EXPECT_EQ(world.log.lines(), Lines{"Unable to write configuration file to \"/media/stick/.VantaroConfig\"."});
+    world.disk.faults().clear();
+    EXPECT_TRUE(config->writeConfigFile());
+    EXPECT_EQ(world.bytes(archived()), "precious");
+}
+
 TEST(ConfigurationKeptAside, NotWhereTheUserSwitchedItOff) {
     ConfigurationWorld world;
     world.keepAside = false;
