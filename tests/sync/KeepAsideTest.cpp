@@ -207,6 +207,18 @@ TEST_F(KeepAsideTest, PreparationPutsBackWhatACrashLeftBeside) {
     EXPECT_EQ(lines, (Lines{"Put \"/mnt/drive/r/in/P.app\" back on the drive."}));
 }
 
+TEST_F(KeepAsideTest, WhatCouldNotBePutBackIsTriedAgain) {
+    buildTree(files, files, drive, {file("r/in/P.app/old", "1"), file("r/Q.app/old", "1")});
+    ASSERT_TRUE(besides.stand(root + "/in/P.app"));
+    ASSERT_TRUE(besides.stand(root + "/Q.app"));
+    disk.faults().fail("move", BesideNames::besidePath(root + "/in/P.app"), EIO, 1);
+    besides.putBack();
+    EXPECT_FALSE(files.attributes(root + "/in/P.app").ok());
+    EXPECT_EQ(contentOf(root + "/Q.app/old"), "1");
+    besides.putBack();
+    EXPECT_EQ(pathsOf(files, files, root), (Lines{"Q.app/", "Q.app/old", "in/", "in/P.app/", "in/P.app/old"}));
+}
+
 TEST_F(KeepAsideTest, PackageThatCouldNotBeReplacedReturnsFromBeside) {
     buildTree(files, files, drive, {file("r/P.app/old", "1"), file("r/.w/P.app/new", "2")});
     guard.expect(root + "/P.app", {});

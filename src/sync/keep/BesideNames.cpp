@@ -5,6 +5,7 @@
 #include "config/utilities/FileCreation.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <vector>
@@ -48,25 +49,32 @@ bool BesideNames::settle(const std::string& beside, const std::string& path, boo
 
 void BesideNames::putBack() {
     if (!_files.attributes(_marks)) return;
+    bool all = true;
     std::vector<std::string> marks{_marks};
     while (!marks.empty()) {
         const std::string mark = std::move(marks.back());
         marks.pop_back();
-        if (mark != _marks) putBackOne(_target + mark.substr(_marks.size()));
+        if (mark != _marks) all = putBackOne(_target + mark.substr(_marks.size())) && all;
         const auto entries = _files.list(mark);
+        all = all && entries.ok();
         if (!entries) continue;
         for (const auto& entry : *entries)
             if (entry.attributes.isDirectory()) marks.push_back(paths::join(mark, entry.name));
     }
-    _files.remove(_marks, {}).ignore();
+    // What still waits beside its place is found again by its mark.
+    if (all) _files.remove(_marks, {}).ignore();
 }
 
-void BesideNames::putBackOne(const std::string& path) {
+bool BesideNames::putBackOne(const std::string& path) {
     const std::string beside = besidePath(path);
-    if (!_files.attributes(beside)) return;
-    const bool replaced = _files.attributes(path).ok();
+    const auto waiting = _files.attributes(beside);
+    if (!waiting) return waiting.code() == ENOENT;
+    const auto present = _files.attributes(path);
+    if (!present && present.code() != ENOENT) return false;
+    const bool replaced = present.ok();
     const bool done = replaced ? _files.remove(beside, {}).ok() : _files.move(beside, path, Replace::never).ok();
     if (done && !replaced) _logLine(localisedText("Put \"%@\" back on the drive.", {paths::displayText(path)}));
+    return done;
 }
 
 } // namespace vt

@@ -23,12 +23,13 @@ class BesideNames {
     std::optional<std::string> stand(const std::string& path);
     // Replaced: the old content is removed, false when it could not be. Otherwise it returns to its place.
     bool settle(const std::string& beside, const std::string& path, bool replaced);
-    // What an earlier run left: put back where the place is empty, removed where the new content has arrived.
+    // What an earlier run left: put back where the place is empty, removed where the new content has arrived. What
+    // could be neither is tried again the next time.
     void putBack();
 
   private:
     [[nodiscard]] std::string markFor(const std::string& path) const;
-    void putBackOne(const std::string& path);
+    [[nodiscard]] bool putBackOne(const std::string& path); // false: it still waits
 
     FileService& _files;
     std::string _target;
