@@ -106,6 +106,20 @@ TEST_F(JournalTest, KilledProcessLeavesItsNamesInDoubt) {
     EXPECT_EQ(journalFiles(), (Lines{"leftovers"}));
 }
 
+TEST_F(JournalTest, OfTwoCopiesOfOneFileTheLaterDateCounts) {
+    const auto copiedAt = [&](std::int64_t seconds) {
+        auto one = journal();
+        one.beginPass({d("Music")});
+        one.beforeCopy();
+        one.afterCopy(d("Music/a"), Date::fromSeconds(seconds), 10);
+    };
+    copiedAt(1000);
+    clock.advance(std::chrono::seconds(60));
+    copiedAt(2000); // merges the first, and ends as suddenly
+    ASSERT_EQ(journalFiles().size(), 2U);
+    EXPECT_EQ(journal().beginPass({d("Music")}).files.at(d("Music/a")), Date::fromSeconds(2000));
+}
+
 TEST_F(JournalTest, RestartPutsEverythingSinceTheGroupsStartInDoubt) {
     const Date start = clock.now();
     {

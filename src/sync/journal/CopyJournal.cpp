@@ -40,7 +40,11 @@ const CopyJournal::Leftovers& CopyJournal::beginPass(std::vector<std::string> it
     _leftovers = {};
     bool merged = false;
     std::vector<std::string> read;
-    if (const auto names = _services.files.listNames(_folder)) {
+    if (auto names = _services.files.listNames(_folder)) {
+        // The merged file first, then the groups as they were written: of two copies of one file the later date counts.
+        std::sort(names->begin(), names->end(), [](const std::string& a, const std::string& b) {
+            return std::pair(a != leftoversName, a) < std::pair(b != leftoversName, b);
+        });
         for (const auto& name : *names) {
             const bool group = name.starts_with(groupPrefix);
             if (!group && name != leftoversName) continue;
