@@ -19,6 +19,8 @@ class AlertPanel {
     virtual ~AlertPanel() = default;
     // The index of the button pressed. Without a display the message is logged and the answer is 0 at once.
     virtual int run(const Alert& alert) = 0;
+    // Ends the alert that run() shows, which then answers `code`. Nothing is shown: nothing happens.
+    virtual void stopModal(int) {}
 };
 
 } // namespace vt

@@ -222,6 +222,15 @@ void VTSyncController::helpClicked() {
 void VTSyncController::cancelButtonClicked() {
     setCancelPending(true, false);
 }
+void VTSyncController::modalDialogYesClicked() {
+    _parts->services.alerts.stopModal(1);
+}
+void VTSyncController::modalDialogNoClicked() {
+    _parts->services.alerts.stopModal(0);
+}
+void VTSyncController::modalDialogCustomClicked() {
+    _parts->services.alerts.stopModal(-1);
+}
 bool VTSyncController::busy() const {
     return _parts->busy();
 }

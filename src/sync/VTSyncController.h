@@ -108,6 +108,10 @@ class VTSyncController : public ValidatorOwner, public std::enable_shared_from_t
     void togglePreviewEnabled();
     void helpClicked();
     void cancelButtonClicked();
+    // End the running modal dialog with 1, 0 and -1.
+    void modalDialogYesClicked();
+    void modalDialogNoClicked();
+    void modalDialogCustomClicked();
     [[nodiscard]] bool busy() const;
     [[nodiscard]] bool busyWithSynclistOnly() const;
     [[nodiscard]] bool syncInProgress() const;

@@ -207,6 +207,21 @@ TEST(QueueController, onlySyncTasksCountAsASyncThatIsQueued) {
     EXPECT_TRUE(world.controller->busyWithSynclistOnly());
 }
 
+TEST(QueueController, theDialogsButtonsEndItWithTheirCodes) {
+    using Click = void (VTSyncController::*)();
+    const std::vector<std::pair<Click, int>> rows = {{&VTSyncController::modalDialogYesClicked, 1},
+                                                     {&VTSyncController::modalDialogNoClicked, 0},
+                                                     {&VTSyncController::modalDialogCustomClicked, -1}};
+    for (const auto& [click, code] : rows) {
+        SyncWorld world;
+        (*world.controller.*click)(); // nothing is shown
+        world.alerts.answers = {7};
+        EXPECT_EQ(world.alerts.run({"a", "b", {"OK"}}), 7);
+        world.alerts.whileShown = [&] { (*world.controller.*click)(); };
+        EXPECT_EQ(world.alerts.run({"a", "b", {"OK"}}), code);
+    }
+}
+
 TEST(QueueController, theWindowCannotCloseWhileAnythingIsQueued) {
     SyncWorld world;
     world.host.debug = true;

@@ -5,6 +5,7 @@
 
 #include <deque>
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace vt {
@@ -17,12 +18,23 @@ class FakeAlertPanel final : public AlertPanel {
 
     int run(const Alert& alert) override {
         shown.push_back(alert);
+        _stopped.reset();
+        _running = true;
         if (whileShown) whileShown();
+        _running = false;
+        if (_stopped) return *_stopped;
         if (answers.empty()) return 0;
         const int answer = answers.front();
         answers.pop_front();
         return answer;
     }
+    void stopModal(int code) override {
+        if (_running) _stopped = code;
+    }
+
+  private:
+    bool _running = false;
+    std::optional<int> _stopped;
 };
 
 } // namespace vt
