@@ -43,6 +43,8 @@ VTSyncController::Parts::Parts(const std::string& mountPoint, const std::string&
                      driveKey(services.volumes, mountPoint, uuid)),
           [this](const std::string& item) { return paths.local(item); },
           [this](const std::string& text) { log.logMessage(text); }),
+      copied(drive->contents(), mountPoint, services.system.stateHome(), driveKey(services.volumes, mountPoint, uuid),
+             [this](const std::string& text) { log.logMessage(text); }),
       delegate(std::make_shared<WorkerDelegate>(WorkerDelegate::Services{
           services.host, services.runLoop, services.alerts, services.volumes, log, progress, cancel})),
       tools({*drive, services.volumes, services.workspace, services.clock, cancel, *services.process, log, delegate,
@@ -50,7 +52,8 @@ VTSyncController::Parts::Parts(const std::string& mountPoint, const std::string&
              paths::join(paths::join(stateFolder(services), "journal"),
                          OwedRecord::stateName(driveKey(services.volumes, mountPoint, uuid))),
              services.system.bootId(), [this](const std::string& path) { return owed.record().knownToFail(path); },
-             [this](const std::string& staged) { pass.leftBehind(staged); }}),
+             [this](const std::string& staged) { pass.leftBehind(staged); },
+             [this](const std::string& path, const FileAttributes& source) { copied.wasCopied(path, source); }}),
       pass(passServices()), listUpdate({*configuration, drive->files(), services.workspace, log, delegate, mountPoint}),
       runner(
           {tasks, progress, log, cancel, *guard, *services.process, *this, paths.home(), [this] { notify(); }, {}, {}}),
@@ -129,6 +132,7 @@ SyncPass::Services VTSyncController::Parts::passServices() {
             cancel,
             *delegate,
             owed,
+            copied,
             SyncReport({log, progress, cancel, *delegate, guard->mountPoint(), [this] { notify(); },
                         [this] { return connectionStatus(); }}),
             hostUserId,
@@ -136,6 +140,7 @@ SyncPass::Services VTSyncController::Parts::passServices() {
             [this] { return validator.load(); },
             [this] { return facts.fsLimit4G(); },
             [this] { return wantsKeepAside(); },
+            [this] { return wish("remember-content").value_or(Value(false)).boolValue(); },
             [this](const std::vector<std::string>& changed) {
                 queue({.operation = operations::continuousSync,
                        .syncActivityType = activity::syncing,
@@ -153,11 +158,16 @@ std::optional<int> VTSyncController::Parts::connectionStatus() {
     return service ? std::optional(service->connectionStatus()) : std::nullopt;
 }
 
-bool VTSyncController::Parts::wantsKeepAside() {
-    std::optional<Value> wish;
+std::optional<Value> VTSyncController::Parts::wish(const std::string& key) {
+    std::optional<Value> found;
     (void)services.runLoop.performAndWait(
-        [&] { wish = services.preferences.value(preferencesDomain, PreferenceHost::any, keepAsideKey); });
-    return !wish || wish->isNull() || wish->boolValue();
+        [&] { found = services.preferences.value(preferencesDomain, PreferenceHost::any, key); });
+    return found;
+}
+
+bool VTSyncController::Parts::wantsKeepAside() {
+    const auto wanted = wish(keepAsideKey);
+    return !wanted || wanted->isNull() || wanted->boolValue();
 }
 
 void VTSyncController::Parts::notify() {

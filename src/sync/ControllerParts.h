@@ -13,6 +13,7 @@
 #include "sync/SyncPaths.h"
 #include "sync/VTSyncController.h"
 #include "sync/WorkerDelegate.h"
+#include "sync/owed/CopiedRecord.h"
 #include "sync/owed/OwedBook.h"
 #include "sync/process/DeletionMarkers.h"
 #include "sync/progress/SyncFeedback.h"
@@ -41,6 +42,7 @@ struct VTSyncController::Parts : public TaskWork, public std::enable_shared_from
 
     void notify(); // an activity notification with the present figures
     void queue(TaskRecord task);
+    [[nodiscard]] std::optional<Value> wish(const std::string& key); // a user default, read anew; null: not set
     [[nodiscard]] bool wantsKeepAside();
     [[nodiscard]] bool busy(); // with its debug lines
     void closeWindow();
@@ -69,6 +71,7 @@ struct VTSyncController::Parts : public TaskWork, public std::enable_shared_from
     LastSyncTime lastSyncTime;
     DeletionMarkers markers;
     OwedBook owed;
+    CopiedRecord copied;
     std::shared_ptr<WorkerDelegate> delegate;
     StagingTools tools;
     SyncPass pass;

@@ -43,6 +43,8 @@ class StagingTools {
         std::string bootId;
         std::function<bool(const std::string&)> knownToFail;       // a path on the computer
         std::function<void(const std::string& staged)> leftBehind; // the commit did not move it
+        // A whole file was copied that will stand at `path` on the drive.
+        std::function<void(const std::string& path, const FileAttributes& source)> wasCopied;
     };
     explicit StagingTools(Services services);
 

@@ -64,6 +64,7 @@ void SyncPass::syncThreadBasicSetup() {
     _services.tools.beginPass(_services.wantsKeepAside());
     _services.tools.filter().beginPass(_services.validator(), _services.fsLimit4G());
     _services.owed.beginPass(_start, _syncItems, filterText());
+    _services.copied.beginPass(_services.wantsRememberContent());
 }
 
 std::string SyncPass::filterText() const {
@@ -113,7 +114,8 @@ bool SyncPass::compareItems(const std::vector<ChosenItem>& items) {
     OwedPass owed(_services.owed.record(), _start, drive.dateGranularity);
     _previousSyncTime = _services.lastSyncTime.get();
     ItemComparison comparison({_services.files, _services.paths, snapshot, _services.tools.filter(), _services.cancel,
-                               _scanResults, _services.progress, _services.log, _tally, owed, &doubts},
+                               _scanResults, _services.progress, _services.log, _tally, owed, &doubts,
+                               &_services.copied, drive.dateGranularity},
                               NameRule(drive.caseSensitive), _previousSyncTime);
     for (std::size_t i = 0; i < items.size(); ++i) {
         const std::string local = _services.paths.local(items[i].path);
@@ -205,6 +207,7 @@ void SyncPass::settle() {
     if (!walked && _scanResults.numEntries() == 0 && _tally.leftOut.empty()) return;
     const bool committed = _committed && !_services.drive.isGone();
     _services.owed.settle(_scanResults, _tally, walked, committed);
+    _services.copied.settle(committed, walked && !_bDoingContinuousSync);
     if (walked && committed && _tally.failedOrSkipped == 0) _services.tools.journal().settle(_finalPaths);
 }
 

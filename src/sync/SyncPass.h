@@ -14,6 +14,7 @@
 #include "sync/compare/ItemChoice.h"
 #include "sync/compare/PassTally.h"
 #include "sync/compare/ScanResults.h"
+#include "sync/owed/CopiedRecord.h"
 #include "sync/owed/OwedBook.h"
 #include "sync/process/DeletionMarkers.h"
 
@@ -50,12 +51,14 @@ class SyncPass {
         CancelMark& cancel;
         WorkerDelegate& delegate;
         OwedBook& owed;
+        CopiedRecord& copied;
         SyncReport report;
         std::string hostUserId;
         std::function<void()> notify;
         std::function<std::shared_ptr<VTFileValidator>()> validator;
         std::function<bool()> fsLimit4G;
-        std::function<bool()> wantsKeepAside; // the user default, read anew
+        std::function<bool()> wantsKeepAside; // the user defaults, read anew
+        std::function<bool()> wantsRememberContent;
         std::function<void(const std::vector<std::string>&)> requeue;
     };
     explicit SyncPass(Services services);

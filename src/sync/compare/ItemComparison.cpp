@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <utility>
 
 namespace vt {
@@ -155,8 +156,10 @@ ItemComparison::Answer ItemComparison::decide(const Item& item, Index local, con
     if (!doubtful && decision.verdict == FileVerdict::present) {
         FileAttributes known = _services.snapshot.attributes(local);
         known.modified = localDate;
-        if (_services.owed.wants(item.local, known, driveDate))
-            _owedEntries.push_back(complete(entryFor(item, local, entrytype::changedOnOneSide, action::toDrive)));
+        const auto replaced = replacedType(item, known, drive);
+        if (replaced || _services.owed.wants(item.local, known, driveDate))
+            _owedEntries.push_back(
+                complete(entryFor(item, local, replaced.value_or(entrytype::changedOnOneSide), action::toDrive)));
         else
             _services.progress.accumulateSkipPresentData(_services.snapshot.estimate(local));
         return Answer::yes;
@@ -179,6 +182,17 @@ ItemComparison::Answer ItemComparison::decide(const Item& item, Index local, con
         entry.pushkeyPath = item.drive;
     }
     return add(std::move(entry)) ? Answer::yes : Answer::no;
+}
+
+std::optional<unsigned> ItemComparison::replacedType(const Item& item, const FileAttributes& local,
+                                                     const FileAttributes& drive) {
+    if (_services.copied == nullptr || !local.isRegular() || !drive.isRegular()) return std::nullopt;
+    const auto copied = _services.copied->copiedTo(item.drive);
+    if (!copied || (copied->size == local.size && copied->modified == local.modified)) return std::nullopt;
+    // A copy that changed on the drive as well is set aside when it is replaced.
+    const std::int64_t off = copied->modified.nanoseconds() - drive.modified.nanoseconds();
+    const bool asCopied = drive.size == copied->size && std::abs(off) <= _services.dateGranularity;
+    return asCopied ? entrytype::changedOnOneSide : entrytype::changedOnBothSides;
 }
 
 ScanEntry ItemComparison::entryFor(const Item& item, Index local, unsigned type, unsigned action) const {

@@ -11,6 +11,7 @@
 #include "sync/compare/PassFilter.h"
 #include "sync/compare/PassTally.h"
 #include "sync/compare/ScanResults.h"
+#include "sync/owed/CopiedRecord.h"
 #include "sync/owed/CopyDoubts.h"
 #include "sync/owed/OwedPass.h"
 #include "sync/progress/SyncFeedback.h"
@@ -36,6 +37,8 @@ class ItemComparison {
         PassTally& tally;
         const OwedPass& owed;
         const CopyDoubts* doubts = nullptr; // copies of an earlier run that may be short
+        CopiedRecord* copied = nullptr;     // what was copied earlier, where the person wants it remembered
+        std::int64_t dateGranularity = 1;   // of the drive, nanoseconds
     };
     ItemComparison(Services services, NameRule rule, std::optional<Date> lastSync);
 
@@ -64,6 +67,9 @@ class ItemComparison {
     Answer compare(const Item& item, Index local, const FileAttributes* drive);
     Answer compareFiles(const Item& item, Index local, const FileAttributes& drive);
     Answer onlyOnComputer(const Item& item, Index local);
+    // The entry type with which a file goes to the drive that was replaced on the computer without a later date.
+    [[nodiscard]] std::optional<unsigned> replacedType(const Item& item, const FileAttributes& local,
+                                                       const FileAttributes& drive);
     Answer decide(const Item& item, Index local, const FileAttributes& drive, Date localDate, Date driveDate);
     bool walk(Frame first);
     Answer nextChild(Frame& frame, Item& child);

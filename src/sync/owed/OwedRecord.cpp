@@ -1,6 +1,7 @@
 #include "sync/owed/OwedRecord.h"
 
 #include "base/Paths.h"
+#include "sync/owed/RecordText.h"
 
 #include <array>
 #include <charconv>
@@ -18,46 +19,6 @@ constexpr std::uint32_t privateFolder = 0700;
 constexpr std::array<std::string_view, 4> reasonNames = {"failed", "skipped", "staged", "filtered"};
 
 constexpr std::string_view digits = "0123456789ABCDEF";
-
-// Paths may hold any byte but NUL; a line holds one of them, so blanks, controls and "%" are written as %XX.
-std::string escaped(std::string_view bytes) {
-    std::string text;
-    text.reserve(bytes.size());
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte <= 0x20 || byte == 0x7F || byte == '%') {
-            text += '%';
-            text += digits[byte >> 4U];
-            text += digits[byte & 15U];
-        } else {
-            text += c;
-        }
-    }
-    return text;
-}
-
-std::string unescaped(std::string_view text) {
-    std::string bytes;
-    bytes.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto high = text[i] == '%' && i + 2 < text.size() ? digits.find(text[i + 1]) : std::string_view::npos;
-        const auto low = high != std::string_view::npos ? digits.find(text[i + 2]) : std::string_view::npos;
-        if (low != std::string_view::npos) {
-            bytes += static_cast<char>(high * 16 + low);
-            i += 2;
-        } else {
-            bytes += text[i];
-        }
-    }
-    return bytes;
-}
-
-std::string_view nextWord(std::string_view& line) {
-    const auto blank = line.find(' ');
-    const std::string_view word = line.substr(0, blank);
-    line.remove_prefix(blank == std::string_view::npos ? line.size() : blank + 1);
-    return word;
-}
 
 } // namespace
 
@@ -88,39 +49,41 @@ bool OwedRecord::read(std::string_view text) {
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
         return first;
     };
-    if (line() != firstLine || line() != "drive " + escaped(_driveKey)) return false;
+    if (line() != firstLine || line() != "drive " + recordtext::escaped(_driveKey)) return false;
     while (!text.empty()) readLine(line());
     return true;
 }
 
 void OwedRecord::readLine(std::string_view line) {
-    const std::string_view kind = nextWord(line);
+    const std::string_view kind = recordtext::nextWord(line);
     if (kind == "filter") {
-        _filter = unescaped(line);
+        _filter = recordtext::unescaped(line);
         return;
     }
-    const std::string_view detail = nextWord(line);
+    const std::string_view detail = recordtext::nextWord(line);
     if (line.empty()) return;
     if (kind == "item") {
         std::int64_t nanoseconds = 0;
         const auto [end, error] = std::from_chars(detail.data(), detail.data() + detail.size(), nanoseconds);
         if (error == std::errc() && end == detail.data() + detail.size())
-            _coveredThrough[unescaped(line)] = Date::fromNanoseconds(nanoseconds);
+            _coveredThrough[recordtext::unescaped(line)] = Date::fromNanoseconds(nanoseconds);
     } else if (kind == "owed") {
         for (std::size_t i = 0; i < reasonNames.size(); ++i)
-            if (detail == reasonNames[i]) _owed[unescaped(line)] = static_cast<OwedReason>(i);
+            if (detail == reasonNames[i]) _owed[recordtext::unescaped(line)] = static_cast<OwedReason>(i);
     }
 }
 
 std::string OwedRecord::text() const {
     std::string text(firstLine);
-    text += "\ndrive " + escaped(_driveKey) + "\n";
-    if (!_filter.empty()) text += "filter " + escaped(_filter) + "\n";
+    text += "\ndrive " + recordtext::escaped(_driveKey) + "\n";
+    if (!_filter.empty()) text += "filter " + recordtext::escaped(_filter) + "\n";
     for (const auto& [item, date] : _coveredThrough)
-        text += "item " + std::to_string(date.nanoseconds()) + " " + escaped(item) + "\n";
+        text += "item " + std::to_string(date.nanoseconds()) + " " + recordtext::escaped(item) + "\n";
     for (const auto& [path, reason] : _owed)
-        text.append("owed ").append(reasonNames[static_cast<std::size_t>(reason)]).append(" ").append(escaped(path)) +=
-            "\n";
+        text.append("owed ")
+            .append(reasonNames[static_cast<std::size_t>(reason)])
+            .append(" ")
+            .append(recordtext::escaped(path)) += "\n";
     return text;
 }
 

@@ -73,6 +73,7 @@ void CommitGuard::itemWillBeCopied(const std::string&) {
 void CommitGuard::itemWasCopied(const std::string& staged, const FileAttributes& source, std::uint64_t bytes,
                                 bool incomplete) {
     if (incomplete) _incomplete.insert(staged);
+    if (!incomplete && _services.wasCopied) _services.wasCopied(finalPath(staged), source);
     if (_services.journal != nullptr) _services.journal->afterCopy(finalPath(staged), source.modified, bytes);
 }
 

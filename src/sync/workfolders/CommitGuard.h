@@ -32,6 +32,8 @@ class CommitGuard : public ReplacementGuard, public StagingWatch {
         BesideNames& besides;
         CopyJournal* journal = nullptr; // may be null
         std::function<void(const std::string&)> logLine;
+        // A whole file was copied that will stand at `path`; may be empty.
+        std::function<void(const std::string& path, const FileAttributes& source)> wasCopied = {};
     };
     CommitGuard(std::string target, std::string driveWork, Services services);
 

@@ -1,0 +1,48 @@
+#include "sync/owed/RecordText.h"
+
+namespace vt::recordtext {
+
+namespace {
+constexpr std::string_view digits = "0123456789ABCDEF";
+} // namespace
+
+std::string escaped(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size());
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte <= 0x20 || byte == 0x7F || byte == '%') {
+            text += '%';
+            text += digits[byte >> 4U];
+            text += digits[byte & 15U];
+        } else {
+            text += c;
+        }
+    }
+    return text;
+}
+
+std::string unescaped(std::string_view text) {
+    std::string bytes;
+    bytes.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto high = text[i] == '%' && i + 2 < text.size() ? digits.find(text[i + 1]) : std::string_view::npos;
+        const auto low = high != std::string_view::npos ? digits.find(text[i + 2]) : std::string_view::npos;
+        if (low != std::string_view::npos) {
+            bytes += static_cast<char>(high * 16 + low);
+            i += 2;
+        } else {
+            bytes += text[i];
+        }
+    }
+    return bytes;
+}
+
+std::string_view nextWord(std::string_view& line) {
+    const auto blank = line.find(' ');
+    const std::string_view word = line.substr(0, blank);
+    line.remove_prefix(blank == std::string_view::npos ? line.size() : blank + 1);
+    return word;
+}
+
+} // namespace vt::recordtext
