@@ -68,8 +68,9 @@ AdoptedDrives::AdoptedDrives(ApplicationServices& services, LogSink& log)
 void AdoptedDrives::load() {
     const auto bytes = _files->contents().read(_path, sizeLimit);
     if (!bytes.ok()) {
-        if (bytes.code() != ENOENT)
-            _log.logMessage(formatText("The list of adopted drives cannot be read: %@.", {bytes.error().describe()}));
+        if (bytes.code() == ENOENT) return;
+        _log.logMessage(formatText("The list of adopted drives cannot be read: %@.", {bytes.error().describe()}));
+        _unread = true;
         return;
     }
     const auto root = _services.propertyLists.parse(*bytes);
@@ -77,11 +78,16 @@ void AdoptedDrives::load() {
     if (dictionary == nullptr) {
         _log.logMessage(formatText("The list of adopted drives is broken and is kept as \"%@.broken\".",
                                    {paths::displayText(_path)}));
-        _files->files().move(_path, _path + ".broken", Replace::always).ignore();
+        setAside();
         return;
     }
     _adopted = fromDictionary(*dictionary, adoptedKey);
     _forgotten = fromDictionary(*dictionary, forgottenKey);
+}
+
+void AdoptedDrives::setAside() {
+    _files->files().move(_path, _path + ".broken", Replace::always).ignore();
+    _unread = false;
 }
 
 Result<void> AdoptedDrives::save() {
@@ -92,6 +98,8 @@ Result<void> AdoptedDrives::save() {
     if (!bytes.ok()) return bytes.error();
     const std::string folder = paths::parent(_path);
     createDirectoryAtPath(_files->files(), folder, nullptr, true, false);
+    // It may only have been out of reach: it goes when there is something to put in its place, not before.
+    if (_unread) setAside();
     return _files->contents().writeAtomically(_path, *bytes, 0600);
 }
 

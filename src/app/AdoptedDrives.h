@@ -32,6 +32,7 @@ class AdoptedDrives {
 
   private:
     Result<void> save();
+    void setAside();
 
     ApplicationServices& _services;
     LogSink& _log;
@@ -39,6 +40,7 @@ class AdoptedDrives {
     std::string _path;
     std::vector<AdoptedDrive> _adopted;
     std::vector<AdoptedDrive> _forgotten;
+    bool _unread = false; // a list is there that could not be read
 };
 
 } // namespace vt

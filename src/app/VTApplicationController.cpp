@@ -160,12 +160,18 @@ void VTApplicationController::whackSavedState() {
     if (attributes.ok() && attributes->isDirectory()) _parts->localFiles->files().remove(state, {}).ignore();
 }
 
+bool VTApplicationController::openFile(const std::string& path) {
+    openFiles({path});
+    return true;
+}
+
 void VTApplicationController::openFiles(const std::vector<std::string>& paths) {
     for (const std::string& path : paths) _parts->commands.startSyncForDriveAt(path);
 }
 
-void VTApplicationController::setupDriveForSync(const std::string& drive) {
+bool VTApplicationController::setupDriveForSync(const std::string& drive) {
     _parts->commands.setSyncList({"~/Sites", "~/Shared"}, drive);
+    return true;
 }
 
 void VTApplicationController::updateContinuousSyncSettings() {

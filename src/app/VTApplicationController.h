@@ -34,8 +34,9 @@ class VTApplicationController {
 
     [[nodiscard]] std::string uniqueHostUserId() const;
     void whackSavedState();
+    bool openFile(const std::string& path);                // always true
     void openFiles(const std::vector<std::string>& paths); // starts a sync of each drive
-    void setupDriveForSync(const std::string& drive);
+    bool setupDriveForSync(const std::string& drive);      // always true
     void updateContinuousSyncSettings();
     // Always false, whoever is busy: the agent never refuses to quit.
     [[nodiscard]] bool isBusy() const;

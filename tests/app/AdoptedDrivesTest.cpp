@@ -69,6 +69,20 @@ TEST_F(AdoptedDrivesTest, ABrokenListIsKeptAndSaidAndReadAsEmpty) {
     }
 }
 
+TEST_F(AdoptedDrivesTest, AListThatCannotBeReadIsKeptBeforeAnotherTakesItsPlace) {
+    ASSERT_TRUE(drives.remember(volume).ok());
+    const auto before = world.read(listFile);
+    world.disk.faults().fail("read", listFile, EIO);
+    auto again = readAgain();
+    EXPECT_TRUE(host.has(std::string("The list of adopted drives cannot be read: ") +
+                         Error::fromErrno(EIO, listFile).describe() + "."));
+    EXPECT_EQ(world.files.attributes(std::string(listFile) + ".broken").code(), ENOENT);
+    ASSERT_TRUE(again.remember(folder).ok());
+    world.disk.faults().clear();
+    EXPECT_EQ(world.read(std::string(listFile) + ".broken"), before);
+    EXPECT_EQ(readAgain().folders(), std::vector<std::string>{folder.path});
+}
+
 TEST_F(AdoptedDrivesTest, EntriesThatMakeNoSenseAreLeftOut) {
     world.makeFolders(paths::parent(listFile));
     const std::string content =
