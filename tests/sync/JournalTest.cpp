@@ -238,5 +238,35 @@ TEST_F(JournalTest, CommitFlushesBeforeItReplacesAndJournalledCopiesAreWorthNoth
     EXPECT_EQ(guard.finalPath(work + "/a/b"), d("a/b"));
 }
 
+TEST_F(JournalTest, ACopyIsKnownByItsDateAlsoWhereTheDriveKeepsItLessExactly) {
+    auto one = journal();
+    {
+        auto before = journal();
+        before.beginPass({d("Music")});
+        for (const char* name : {"exact", "lowered", "later", "earlier"}) copied(before, name);
+    }
+    one.beginPass({d("Music")});
+    DestinationCapabilities coarse;
+    coarse.dateGranularity = 2'000'000'000;
+    const auto note = [this](const std::string& line) { lines.push_back(line); };
+    KeepAside keep{drive, {files, clock, [] { return true; }, note}};
+    BesideNames besides{files, drive, d(".marks"), note};
+    CommitGuard guard{drive, d(".w"), {keep, besides, &one, note, {}, &coarse}};
+    FileAttributes staged;
+    staged.kind = FileKind::regular;
+    staged.size = 1;
+    const std::vector<std::pair<std::string, Date>> rows{{"exact", Date::fromSeconds(1000, 7)},
+                                                         {"lowered", Date::fromSeconds(998, 8)},
+                                                         {"later", Date::fromSeconds(1000, 8)},
+                                                         {"earlier", Date::fromSeconds(998, 7)}};
+    for (const auto& [name, date] : rows) {
+        FileAttributes present;
+        present.kind = FileKind::regular;
+        present.modified = date;
+        const bool setAside = guard.aboutToReplace(d(".w/" + name), staged, d(name), present);
+        EXPECT_EQ(setAside, name == "later" || name == "earlier") << name;
+    }
+}
+
 } // namespace
 } // namespace vt::test

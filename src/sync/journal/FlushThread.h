@@ -11,7 +11,10 @@ namespace vt {
 
 class FlushThread {
   public:
-    void start(std::function<Result<void>()> flush) { _result = std::async(std::launch::async, std::move(flush)); }
+    // Where no thread can be had the flush runs in finish().
+    void start(std::function<Result<void>()> flush) {
+        _result = std::async(std::launch::async | std::launch::deferred, std::move(flush));
+    }
     [[nodiscard]] bool running() const { return _result.valid(); }
     [[nodiscard]] bool done() const {
         return _result.valid() && _result.wait_for(std::chrono::seconds(0)) == std::future_status::ready;

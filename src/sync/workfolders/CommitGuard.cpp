@@ -3,6 +3,8 @@
 #include "base/Paths.h"
 #include "base/Text.h"
 
+#include <algorithm>
+
 namespace vt {
 
 CommitGuard::CommitGuard(std::string target, std::string driveWork, Services services)
@@ -32,7 +34,8 @@ bool CommitGuard::aboutToReplace(const std::string& staged, const FileAttributes
 bool CommitGuard::isAsSeen(const std::string& destination, const FileAttributes& present) const {
     if (_services.journal != nullptr) {
         // A copy of ours that a crash may have left short is worth nothing; one that changed since is the person's.
-        if (const auto written = _services.journal->dateGiven(destination)) return present.modified == *written;
+        if (const auto written = _services.journal->dateGiven(destination))
+            return isDateGiven(present.modified, *written);
     }
     const auto found = _seen.find(destination);
     if (found == _seen.end()) {
@@ -48,6 +51,13 @@ bool CommitGuard::isAsSeen(const std::string& destination, const FileAttributes&
         _services.logLine(
             localisedText("\"%@\" changed on the drive while it was synchronized.", {paths::displayText(destination)}));
     return same;
+}
+
+// The drive may have kept the date that a copy was given less exactly, never later.
+bool CommitGuard::isDateGiven(Date present, Date given) const {
+    const std::int64_t granularity = _services.destination != nullptr ? _services.destination->dateGranularity : 1;
+    const std::int64_t lost = given.nanoseconds() - present.nanoseconds();
+    return lost >= 0 && lost < std::max<std::int64_t>(granularity, 1);
 }
 
 std::optional<std::string> CommitGuard::keep(const std::string& from, const std::string& destination) {

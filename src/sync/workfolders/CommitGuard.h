@@ -3,6 +3,7 @@
 // file. Thread: the drive's worker. Owns: what it was told since clear(). Units: absolute raw-byte paths.
 #pragma once
 
+#include "platform/VolumeService.h"
 #include "sync/journal/CopyJournal.h"
 #include "sync/keep/BesideNames.h"
 #include "sync/keep/KeepAside.h"
@@ -34,6 +35,7 @@ class CommitGuard : public ReplacementGuard, public StagingWatch {
         std::function<void(const std::string&)> logLine;
         // A whole file was copied that will stand at `path`; may be empty.
         std::function<void(const std::string& path, const FileAttributes& source)> wasCopied = {};
+        const DestinationCapabilities* destination = nullptr; // null: its dates are exact
     };
     CommitGuard(std::string target, std::string driveWork, Services services);
 
@@ -59,6 +61,7 @@ class CommitGuard : public ReplacementGuard, public StagingWatch {
 
   private:
     [[nodiscard]] bool isAsSeen(const std::string& destination, const FileAttributes& present) const;
+    [[nodiscard]] bool isDateGiven(Date present, Date given) const;
 
     std::string _target;
     std::string _driveWork;
