@@ -138,7 +138,9 @@ int runAgent(int& argc, char** argv) {
     const int exitCode = runLoop.exec();
     controller.applicationWillTerminate();
     cache.save();
-    return exitCode;
+    // Workers that still hang on a drive are not waited for, and nothing that they use is taken apart under them.
+    std::fflush(nullptr);
+    _exit(exitCode);
 }
 
 } // namespace
@@ -162,8 +164,5 @@ int main(int argc, char** argv) {
     }
     std::setlocale(LC_ALL, "");
     std::setlocale(LC_NUMERIC, "C");
-    const int exitCode = runAgent(argc, argv);
-    // Workers that still hang on a drive are not waited for: everything that matters is on disk by now.
-    std::fflush(nullptr);
-    _exit(exitCode);
+    return runAgent(argc, argv);
 }

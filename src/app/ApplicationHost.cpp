@@ -23,7 +23,9 @@ void ApplicationHost::sendActivityNotificationForced(bool forced, const std::opt
         _c.broadcast(forced, progress);
         return;
     }
-    _c.services.runLoop.performLater([this, forced, progress] { _c.broadcast(forced, progress); });
+    _c.services.runLoop.performLater([this, alive = std::weak_ptr(_alive), forced, progress] {
+        if (!alive.expired()) _c.broadcast(forced, progress);
+    });
 }
 
 bool ApplicationHost::runningOnLeopardOrLater() const {
@@ -37,7 +39,9 @@ void ApplicationHost::doHelp() {
 }
 
 void ApplicationHost::syncConfigurationRemoved(const std::string& mountPoint) {
-    _c.services.runLoop.performLater([this, mountPoint] { _c.replaceController(mountPoint); });
+    _c.services.runLoop.performLater([this, alive = std::weak_ptr(_alive), mountPoint] {
+        if (!alive.expired()) _c.replaceController(mountPoint);
+    });
 }
 
 } // namespace vt

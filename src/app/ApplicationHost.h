@@ -9,7 +9,9 @@
 #include "config/VTUserDefaults.h"
 #include "sync/SyncHost.h"
 
+#include <atomic>
 #include <functional>
+#include <memory>
 
 namespace vt {
 
@@ -41,6 +43,8 @@ class ApplicationHost final : public SyncHost {
 
   private:
     Collaborators _c;
+    // What is handed to the main thread runs only while this object lives.
+    std::shared_ptr<const bool> _alive = std::make_shared<const bool>(true);
     mutable std::atomic<std::int32_t> _systemVersion = 0; // 0: not asked, or the query failed
 };
 

@@ -40,9 +40,11 @@ class StillThreads final : public WorkerThreads {
         for (auto& body : bodies) _threads.emplace_back(std::move(body));
         bodies.clear();
     }
-    ~StillThreads() override {
+    void join() {
         for (auto& thread : _threads) thread.join();
+        _threads.clear();
     }
+    ~StillThreads() override { join(); }
 
   private:
     bool _runs = false;
@@ -94,6 +96,9 @@ struct AppWorld {
         if (!app) return;
         threads.letRun();
         app->cleanup();
+        // A process ends without waiting; here a worker of a drive that left must not outlive what it talks to.
+        threads.join();
+        loop.runPending();
         app.reset();
     }
 
@@ -129,6 +134,8 @@ struct AppWorld {
     void restart() {
         threads.letRun();
         app->applicationWillTerminate();
+        threads.join();
+        loop.runPending();
         app.reset();
         start();
     }
