@@ -226,6 +226,7 @@ TEST_F(QtSessionBusTest, DrivesAreListedWithEveryKindOfValue) {
     const auto argument = reply.arguments().at(0).value<QDBusArgument>();
     argument.beginArray();
     const auto drive = qtvalues::fromBus(argument.asVariant());
+    argument.endArray(); // a message is kept until every array begun in it is ended
     ASSERT_TRUE(drive.ok()) << drive.error().text;
     Value::Dictionary expected = service.driveList[0];
     expected.erase("serviceName");

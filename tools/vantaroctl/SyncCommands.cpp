@@ -4,6 +4,8 @@
 #include "vantaroctl/Terminal.h"
 #include "vantaroctl/Waiting.h"
 
+#include <QCoreApplication>
+
 namespace ctl {
 
 namespace {
@@ -71,12 +73,14 @@ int startSync(const CommandLine& line) {
     LiveLines live(LiveLines::Output::standardError);
     Watched watched{.drive = drive};
     bool sent = false;
+    bool catchingUp = false;
     QString departed;
     QObject::connect(&agent, &Agent::activity, &agent, [&](const QJsonObject& progress) { watched.take(progress); });
     AgentLog log;
     waitUntil(
         agent,
         [&] {
+            if (catchingUp) return false;
             QJsonObject progress;
             try {
                 progress = agent.progress(drive);
@@ -91,6 +95,10 @@ int startSync(const CommandLine& line) {
                     live.show(drive, progressLine(progress, terminalWidth() - 1));
                     return false;
                 }
+                // What was posted before that answer may still stand in line here, and tells of an earlier sync.
+                catchingUp = true;
+                QCoreApplication::sendPostedEvents();
+                catchingUp = false;
                 watched.began = watched.ended = false;
                 log.skipToEnd();
                 agent.send("DOIT", drive);
