@@ -128,8 +128,13 @@ TEST_F(LinuxFilesTest, treesDeeperThanAnyPathAreBuiltReadAndRemoved) {
     ASSERT_TRUE(_files.writeAtomically(path, "again", 0644).ok());
     ASSERT_TRUE(_files.move(path, path + "2", Replace::never).ok());
     const OpenDriveRoot root(_folder.path());
-    for (const auto resolver : {PathLocator::Resolver::best, PathLocator::Resolver::walk})
-        EXPECT_EQ(LinuxFiles(&root, resolver).read(path + "2", 10).valueOr(""), "again");
+    for (const auto resolver : {PathLocator::Resolver::best, PathLocator::Resolver::walk}) {
+        LinuxFiles drive(&root, resolver);
+        EXPECT_EQ(drive.read(path + "2", 10).valueOr(""), "again");
+        EXPECT_EQ(drive.create(path, "made on the drive", 0644).code(), 0);
+        EXPECT_EQ(drive.read(path, 20).valueOr(""), "made on the drive");
+        EXPECT_EQ(drive.remove(path, {}).code(), 0);
+    }
     ASSERT_TRUE(_files.remove(_folder / "deep", {}).ok());
     EXPECT_EQ(_files.attributes(_folder / "deep").code(), ENOENT);
 }
@@ -210,6 +215,22 @@ TEST_F(LinuxFilesTest, aFullDiskKeepsTheOldContentWhole) {
         return wrong + (files.read(path, 10).valueOr("") == "old" ? "" : "old content lost");
     });
     EXPECT_EQ(answer, "");
+}
+
+TEST_F(LinuxFilesTest, whatAKilledProgramLeftBesideAFileGoesWithTheNextWrite) {
+    const Date longAgo = Date::fromSeconds(1'369'144'987);
+    const std::string abandoned = _folder / ".vantaro-0123456789abcdef.tmp";
+    const std::string used = _folder / ".vantaro-fedcba9876543210.tmp";
+    const std::string anothers = _folder / ".vantaro-0123456789ABCDEF.tmp";
+    for (const std::string& path : {abandoned, used, anothers}) {
+        ASSERT_TRUE(_files.create(path, "half", 0600).ok());
+        ASSERT_TRUE(_files.setModified(path, longAgo).ok());
+    }
+    const UniqueFd writer(::open(used.c_str(), O_WRONLY | O_CLOEXEC));
+    markInUse(writer.get());
+    ASSERT_TRUE(LinuxFiles().writeAtomically(_folder / "f", "new", 0644).ok());
+    EXPECT_THAT(_files.listNames(_folder.path()).valueOr({}),
+                testing::UnorderedElementsAre(".vantaro-fedcba9876543210.tmp", ".vantaro-0123456789ABCDEF.tmp", "f"));
 }
 
 TEST_F(LinuxFilesTest, aReadOnlyMountSaysSo) {

@@ -106,6 +106,34 @@ class BadInput(SystemTest):
         self.world.sync(self.drive)
         self.assertEqual(facts(copies_folder(self.drive) / "Pictures"), facts(pictures))
 
+    def test_a_tree_deeper_than_any_path_arrives(self):
+        name = b"n" * 100
+        below = os.path.join(b"", *[name] * 60)
+        folder = os.open(self.world.home, os.O_RDONLY)
+        for part in [b"Pictures", *[name] * 60]:
+            os.mkdir(part, dir_fd=folder)
+            deeper = os.open(part, os.O_RDONLY, dir_fd=folder)
+            os.close(folder)
+            folder = deeper
+        with open(os.open("bottom.jpg", os.O_WRONLY | os.O_CREAT, 0o640, dir_fd=folder), "wb") as file:
+            file.write(b"bottom")
+        expected = os.stat("bottom.jpg", dir_fd=folder)
+        os.close(folder)
+        self.world.start()
+        self.world.adopt(self.drive)
+        copy = os.open(copies_folder(self.drive) / "Pictures", os.O_RDONLY)
+        for part in below.split(b"/"):
+            deeper = os.open(part, os.O_RDONLY, dir_fd=copy)
+            os.close(copy)
+            copy = deeper
+        arrived = os.stat("bottom.jpg", dir_fd=copy)
+        os.close(copy)
+        self.assertEqual((arrived.st_size, arrived.st_mtime_ns, arrived.st_mode),
+                         (expected.st_size, expected.st_mtime_ns, expected.st_mode))
+        self.assertFalse((self.drive / "Archived Vantaro Backups").exists())
+        # The temporary folder is removed by path, which is too long for some.
+        subprocess.run(["rm", "-rf", str(self.drive), str(self.world.home / "Pictures")], check=True)
+
     def test_a_drive_whose_path_has_odd_characters(self):
         drive = self.world.folder / "odd % drive \"quoted\" ☃"
         drive.mkdir()

@@ -74,6 +74,7 @@ Result<void> LinuxFiles::writeAtomically(const std::string& path, std::string_vi
     int code = readStatus(target->directory(), target->name(), status);
     if (code == 0 && S_ISDIR(status.stx_mode)) return _locator.error(EISDIR, path);
     if (code != 0 && code != ENOENT) return _locator.error(code, path);
+    _abandoned.sweep(target->directory());
     StagedFile staged(*target);
     code = staged.create(target->directory());
     if (code == 0) code = staged.write(bytes, mode);

@@ -1,9 +1,11 @@
-// Files and folders of this computer and its drives. Thread: as FileService says; it keeps nothing between calls.
+// Files and folders of this computer and its drives. Thread: as FileService says; between calls it keeps only which
+// folders it has swept.
 // Errors: as FileService says; ELOOP for a path that a link would lead out of the bound drive, EXDEV for one that leads
 // into another volume mounted below it.
 #pragma once
 
 #include "platform/FileService.h"
+#include "platform/linux/AbandonedFiles.h"
 #include "platform/linux/PathLocator.h"
 
 namespace vt {
@@ -39,6 +41,7 @@ class LinuxFiles final : public FileService, public FileContents {
     [[nodiscard]] Result<UniqueFd> openRegular(const std::string& path, int flags);
 
     PathLocator _locator;
+    AbandonedFiles _abandoned;
 };
 
 } // namespace vt

@@ -96,8 +96,9 @@ int PathLocator::openLong(int start, const std::string& rest, bool beneath, int 
         const std::string piece = rest.substr(at, end - at);
         const int wanted = whole ? flags : O_PATH | O_DIRECTORY;
         UniqueFd next;
-        const int code = beneath ? openBelow(from, piece, wanted, mode, next)
-                                 : beneath::openAt(from, piece.c_str(), wanted, mode, next);
+        const mode_t given = whole ? mode : 0; // the kernel refuses a mode where nothing is made
+        const int code = beneath ? openBelow(from, piece, wanted, given, next)
+                                 : beneath::openAt(from, piece.c_str(), wanted, given, next);
         if (code != 0) return code;
         if (whole) {
             opened = std::move(next);

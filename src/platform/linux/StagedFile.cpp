@@ -1,13 +1,10 @@
 #include "platform/linux/StagedFile.h"
 
+#include "platform/linux/AbandonedFiles.h"
 #include "platform/linux/OpenBeneath.h"
 
-#include <array>
 #include <cerrno>
-#include <cstdint>
-#include <cstdio>
 #include <fcntl.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -20,13 +17,14 @@ StagedFile::~StagedFile() {
 int StagedFile::create(int folder) {
     _folder = folder;
     for (int attempt = 0; attempt < 16; ++attempt) {
-        std::uint64_t number = 0;
-        if (::getrandom(&number, sizeof number, 0) != static_cast<ssize_t>(sizeof number)) return errno;
-        std::array<char, 48> name{};
-        (void)std::snprintf(name.data(), name.size(), ".vantaro-%016llx.tmp", static_cast<unsigned long long>(number));
-        const int code = beneath::openAt(folder, name.data(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600, _file);
-        if (code == 0) _name = name.data();
-        if (code != EEXIST) return code;
+        const std::string name = temporaryName();
+        if (name.empty()) return errno;
+        const int code = beneath::openAt(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600, _file);
+        if (code == EEXIST) continue;
+        if (code != 0) return code;
+        _name = name;
+        markInUse(_file.get());
+        return 0;
     }
     return EEXIST;
 }
