@@ -32,6 +32,20 @@ std::optional<std::string> mountPointOf(const Value::Dictionary& description) {
 
 } // namespace
 
+// Marks a mount while its arrival runs, whatever ends it.
+class DriveArrival::Arriving {
+  public:
+    Arriving(std::multiset<std::string>& all, const std::string& mountPoint)
+        : _all(all), _place(all.insert(mountPoint)) {}
+    Arriving(const Arriving&) = delete;
+    Arriving& operator=(const Arriving&) = delete;
+    ~Arriving() { _all.erase(_place); }
+
+  private:
+    std::multiset<std::string>& _all;
+    std::multiset<std::string>::iterator _place;
+};
+
 void DriveArrival::diskAppeared(const Value::Dictionary& description) {
     const auto mountPoint = mountPointOf(description);
     if (!mountPoint) return;
@@ -123,8 +137,17 @@ void DriveArrival::newDriveAppeared(const std::string& mountPoint, const std::st
     const std::string shown = paths::displayText(mountPoint);
     _c.log.debugMessage(
         formatText("-newDriveAppeared: %@ vendor: %@ withUUIDString: %@", {shown, vendor, uuid.value_or("")}));
-    const auto controller = _c.registry.createSyncControllerForMountPoint(mountPoint, vendor, uuid, bsdNode);
-    if (!controller) return;
+    std::shared_ptr<VTSyncController> controller;
+    {
+        const Arriving arriving(_arriving, mountPoint);
+        controller = _c.registry.createSyncControllerForMountPoint(mountPoint, vendor, uuid, bsdNode);
+        if (controller) setUp(controller, mountPoint);
+    }
+    if (controller && arrived) arrived(mountPoint);
+}
+
+void DriveArrival::setUp(const std::shared_ptr<VTSyncController>& controller, const std::string& mountPoint) {
+    const std::string shown = paths::displayText(mountPoint);
     if (controller->busy()) {
         _c.log.debugMessage(localised("Cannot Start Sync."));
         _c.log.debugMessage(localisedText("The drive \"%@\" is already involved in a sync operation.", {shown}));

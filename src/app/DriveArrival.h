@@ -9,7 +9,10 @@
 #include "app/MediaSettings.h"
 #include "app/SyncControllerRegistry.h"
 
+#include <functional>
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 namespace vt {
@@ -36,15 +39,22 @@ class DriveArrival final : public VolumeObserver {
 
     void newDriveAppeared(const std::string& mountPoint, const std::string& vendor,
                           const std::optional<std::string>& uuid, const std::optional<std::string>& bsdNode);
+    // The steps above are running for this mount; they serve the main loop while the drive's configuration is written.
+    [[nodiscard]] bool isArriving(const std::string& mountPoint) const { return _arriving.count(mountPoint) != 0; }
+    // Called when those steps are done, for a mount that has a controller.
+    std::function<void(const std::string& mountPoint)> arrived;
     // The controller of the key leaves: it is told, then dropped.
     void driveLeaves(const std::string& key);
     // A fresh controller for the same mount, without the steps of an arrival and without a write.
     void replaceController(const std::string& mountPoint);
 
   private:
+    class Arriving;
+    void setUp(const std::shared_ptr<VTSyncController>& controller, const std::string& mountPoint);
     void showBusyAlert(const std::string& mountPoint);
 
     Collaborators _c;
+    std::multiset<std::string> _arriving;
 };
 
 } // namespace vt

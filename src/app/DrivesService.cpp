@@ -90,7 +90,8 @@ void DrivesService::adopt(const std::string& path, DriveCompletion done) {
         done(withPathInText(adopted.error()));
         return;
     }
-    if (const auto controller = controllerAt(clean)) {
+    const auto controller = controllerAt(clean);
+    if (controller && !_arrival.isArriving(clean)) {
         done(describe(*controller, _c.registry.keyOf(controller.get()).value_or("")));
         return;
     }
@@ -106,21 +107,18 @@ void DrivesService::adopt(const std::string& path, DriveCompletion done) {
     });
 }
 
-void DrivesService::driveAppeared(const std::string& mountPoint) {
+void DrivesService::driveArrived(const std::string& mountPoint) {
+    std::list<WaitingAdoption> ended;
     for (auto waiting = _waiting.begin(); waiting != _waiting.end();) {
         const auto next = std::next(waiting);
-        if (waiting->path == mountPoint) {
-            std::list<WaitingAdoption> ended;
-            ended.splice(ended.end(), _waiting, waiting);
-            // After the arrival's own steps, so that the answer shows the drive as it was set up.
-            _c.services.runLoop.performLater([this, mountPoint, done = std::move(ended.front().done)] {
-                if (const auto controller = controllerAt(mountPoint))
-                    done(describe(*controller, _c.registry.keyOf(controller.get()).value_or("")));
-                else
-                    done(notServed(mountPoint));
-            });
-        }
+        if (waiting->path == mountPoint) ended.splice(ended.end(), _waiting, waiting);
         waiting = next;
+    }
+    for (const WaitingAdoption& adoption : ended) {
+        if (const auto controller = controllerAt(mountPoint))
+            adoption.done(describe(*controller, _c.registry.keyOf(controller.get()).value_or("")));
+        else
+            adoption.done(notServed(mountPoint));
     }
 }
 

@@ -25,8 +25,8 @@ class DrivesService final : public BusService {
     void eject(const std::string& path, Completion done) override;
     void quit() override;
 
-    // The registry's news: completes adoptions that wait for the drive's controller.
-    void driveAppeared(const std::string& mountPoint);
+    // The arrival's news: completes adoptions that wait for the drive to be set up.
+    void driveArrived(const std::string& mountPoint);
 
   private:
     struct WaitingAdoption {

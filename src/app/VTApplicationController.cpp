@@ -82,10 +82,8 @@ VTApplicationController::Parts::Parts(ApplicationServices given)
       served(services, identity, log, arrival,
              [this](const std::string& key) { return registry.controllerForKey(key) != nullptr; }),
       drives(collaborators(), arrival, served, events) {
-    registry.appeared = [this](const std::string& mountPoint) {
-        services.bus.driveAppeared(mountPoint);
-        drives.driveAppeared(mountPoint);
-    };
+    registry.appeared = [this](const std::string& mountPoint) { services.bus.driveAppeared(mountPoint); };
+    arrival.arrived = [this](const std::string& mountPoint) { drives.driveArrived(mountPoint); };
     registry.disappeared = [this](const std::string& mountPoint) { services.bus.driveDisappeared(mountPoint); };
 }
 

@@ -128,6 +128,18 @@ class MainRoad(SystemTest):
         self.assertIs(drives[0]["wireless"], False)
         self.assertIsNone(drives[0]["serviceName"])
 
+    def test_adopting_answers_with_the_drive_as_it_was_set_up(self):
+        self.world.start()
+        for number in range(10):
+            drive = self.world.folder / f"drive {number}"
+            drive.mkdir()
+            answer = self.world.json("adopt", drive)
+            self.assertEqual(answer["mountPoint"], str(drive))
+            self.assertIs(answer["participating"], True)
+            self.assertIs(answer["continuous"], True)
+            self.assertEqual(answer["deviceFilter"], 1)
+            self.assertNotEqual(answer["syncList"], [])
+
     def test_progress_has_exactly_its_keys(self):
         self.world.start()
         self.world.adopt(self.drive)
