@@ -130,10 +130,16 @@ void DrivesService::forget(const std::string& path, Completion done) {
     done(_served.forget(paths::clean(path)));
 }
 
-Result<Value::Dictionary> DrivesService::progress(const std::string& path) {
+void DrivesService::progress(const std::string& path, DriveCompletion done) {
     const auto controller = controllerAt(path);
-    if (!controller) return notServed(path);
-    return controller->getCurrentProgressDict();
+    if (!controller) {
+        done(notServed(path));
+        return;
+    }
+    // A worker hands the news of a sync's end over before it lets go of the task: asked first and answered behind what
+    // waits, "idle" never overtakes that news.
+    _c.services.runLoop.performLater(
+        [progress = controller->getCurrentProgressDict(), done = std::move(done)] { done(progress); });
 }
 
 void DrivesService::eject(const std::string& path, Completion done) {

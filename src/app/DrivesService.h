@@ -21,7 +21,7 @@ class DrivesService final : public BusService {
     std::vector<Value::Dictionary> volumes() override;
     void adopt(const std::string& path, DriveCompletion done) override;
     void forget(const std::string& path, Completion done) override;
-    Result<Value::Dictionary> progress(const std::string& path) override;
+    void progress(const std::string& path, DriveCompletion done) override;
     void eject(const std::string& path, Completion done) override;
     void quit() override;
 

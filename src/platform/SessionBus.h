@@ -37,7 +37,9 @@ class BusService {
     virtual std::vector<Value::Dictionary> volumes() = 0;
     virtual void adopt(const std::string& path, DriveCompletion done) = 0;
     virtual void forget(const std::string& path, Completion done) = 0;
-    virtual Result<Value::Dictionary> progress(const std::string& path) = 0;
+    // Answered behind every notification that was handed over before the question: who reads that a drive is idle has
+    // heard of the end of its sync.
+    virtual void progress(const std::string& path, DriveCompletion done) = 0;
     virtual void eject(const std::string& path, Completion done) = 0;
     virtual void quit() = 0;
 };

@@ -1,4 +1,5 @@
 // The broadcast of the sync activity.
+#include "AppWorld.h"
 #include "ContinuousWorld.h"
 
 #include <gmock/gmock.h>
@@ -62,6 +63,35 @@ TEST(Activity, TheTimerTellsEveryTwoSecondsWhileASyncRuns) {
     ContinuousWorld::run(*stick);
     world.pass(6);
     EXPECT_EQ(activities(world).size(), 3U);
+}
+
+TEST(Activity, TheAnswerAboutADriveComesBehindTheNewsOfItsSync) {
+    AppWorld world;
+    world.start();
+    world.makeFolders("/data");
+    ASSERT_EQ(world.adopt("/data"), "");
+    std::vector<std::string> order;
+    // What a worker hands over before it lets go of its task, and the question that finds it idle.
+    world.loop.performLater([&] { order.emplace_back("the end of the sync"); });
+    std::optional<Value> busy;
+    world.app->drivesService().progress("/data", [&](const Result<Value::Dictionary>& progress) {
+        order.emplace_back("the answer");
+        ASSERT_TRUE(progress.ok());
+        busy = progress->at("syncIsBusy");
+    });
+    EXPECT_TRUE(order.empty());
+    world.loop.runPending();
+    EXPECT_EQ(order, (std::vector<std::string>{"the end of the sync", "the answer"}));
+    EXPECT_EQ(busy, Value(0));
+}
+
+TEST(Activity, ADriveThatIsNotServedHasNoProgress) {
+    AppWorld world;
+    world.start();
+    std::string refusal;
+    world.app->drivesService().progress(
+        "/media/none", [&](const Result<Value::Dictionary>& progress) { refusal = progress.error().text; });
+    EXPECT_EQ(refusal, "\"/media/none\" is not a served drive");
 }
 
 } // namespace

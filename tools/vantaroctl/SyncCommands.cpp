@@ -5,6 +5,8 @@
 #include "vantaroctl/Waiting.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QSet>
 
 namespace ctl {
 
@@ -12,6 +14,11 @@ namespace {
 
 bool isBusy(const QJsonObject& progress) {
     return progress["syncIsBusy"].toInt() != 0;
+}
+
+bool hasEnded(const QJsonObject& progress) {
+    const int type = progress["syncActivityType"].toInt();
+    return type == 5 || type == 6;
 }
 
 // What the syncs did that were waited for, gathered from the activity notifications. There is more than one when the
@@ -25,6 +32,16 @@ struct Watched {
     double copied = 0;  // by all of them
     double present = 0; // before the first
     double filtered = 0;
+    // The sync that was asked for is queued a second later; until then the end of another one is not the end.
+    QElapsedTimer asked{};
+    int answersSince = 0;
+
+    [[nodiscard]] bool over(bool busy) {
+        constexpr qint64 delay = 1'000; // milliseconds
+        if (asked.hasExpired(delay)) ++answersSince;
+        // The first may have been given before, the second while the queueing was due; it was done before the third.
+        return ended && !busy && answersSince > 2;
+    }
 
     void take(const QJsonObject& progress) {
         if (progress["activePath"].toString() != drive) return;
@@ -33,7 +50,7 @@ struct Watched {
             began = true;
             ended = false;
         }
-        if (began && (type == 5 || type == 6) && !ended) {
+        if (began && hasEnded(progress) && !ended) {
             ended = true;
             activity = type;
             copied += progress["syncCopied"].toDouble();
@@ -102,12 +119,13 @@ int startSync(const CommandLine& line) {
                 watched.began = watched.ended = false;
                 log.skipToEnd();
                 agent.send("DOIT", drive);
+                watched.asked.start();
                 sent = true;
                 return false;
             }
             live.show(drive,
                       watched.began ? progressLine(progress, terminalWidth() - 1) : "waiting for the sync to begin");
-            return watched.ended && !isBusy(progress);
+            return watched.over(isBusy(progress));
         },
         line.timeout);
     live.clear();
@@ -132,14 +150,21 @@ int watchActivity(const CommandLine& line) {
     if (!agent.isRunning()) throw Failure{noAgent, "the agent is not running"};
     const bool asJson = line.json || !standardOutputIsTerminal();
     LiveLines live(LiveLines::Output::standardOutput);
+    QSet<QString> running; // with a line that is drawn over
     QObject::connect(&agent, &Agent::activity, &agent, [&](const QJsonObject& progress) {
         const QString drive = progress["activePath"].toString();
         if (!only.isEmpty() && drive != only) return;
         if (asJson) {
             printJson(progress);
         } else if (live.isLive()) {
-            live.show(drive,
-                      drive + " " + progressLine(progress, terminalWidth() - static_cast<int>(drive.size()) - 2));
+            const QString text =
+                drive + " " + progressLine(progress, terminalWidth() - static_cast<int>(drive.size()) - 2);
+            if (!hasEnded(progress)) {
+                running.insert(drive);
+                live.show(drive, text);
+            } else if (running.remove(drive)) {
+                live.keep(drive, text);
+            }
         } else {
             printLine(shown(drive) + " " + activityText(progress) + " " + progressLine(progress, terminalWidth()));
         }

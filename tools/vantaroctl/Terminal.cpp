@@ -186,6 +186,18 @@ QByteArray LiveLines::frame(const QStringList& lines, int drawn) {
 void LiveLines::show(const QString& key, const QString& text) {
     if (!_live) return;
     _lines.insert(key, shown(text));
+    draw();
+}
+
+void LiveLines::keep(const QString& key, const QString& text) {
+    if (!_live) return;
+    _lines.remove(key);
+    write(frame({}, _drawn) + clippedAtEnd(shown(text), terminalWidth() - 1).toUtf8() + "\r\n");
+    _drawn = 0;
+    if (!_lines.isEmpty()) draw();
+}
+
+void LiveLines::draw() {
     // A line that fills the last column would wrap, and the next frame would miss it.
     QStringList lines;
     for (const QString& line : std::as_const(_lines)) lines.append(clippedAtEnd(line, terminalWidth() - 1));

@@ -41,12 +41,15 @@ class LiveLines {
     LiveLines& operator=(const LiveLines&) = delete;
 
     void show(const QString& key, const QString& text);
+    // The last text of `key`: it stays above the lines that are still drawn over.
+    void keep(const QString& key, const QString& text);
     void clear();
     [[nodiscard]] bool isLive() const { return _live; }
     // The bytes that draw `lines` where `drawn` lines stand, the cursor behind the last one.
     [[nodiscard]] static QByteArray frame(const QStringList& lines, int drawn);
 
   private:
+    void draw();
     void write(const QByteArray& bytes) const;
     int _descriptor;
     bool _live;

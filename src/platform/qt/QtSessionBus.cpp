@@ -112,7 +112,8 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
             auto owed = std::make_shared<QtBusReply>(message, connection, QtBusReply::Missing::notServed);
             _service.eject(path, [owed](const Result<void>& outcome) { owed->answer(outcome); });
         } else {
-            QtBusReply(message, connection, QtBusReply::Missing::notServed).answer(_service.progress(path));
+            auto owed = std::make_shared<QtBusReply>(message, connection, QtBusReply::Missing::notServed);
+            _service.progress(path, [owed](const Result<Value::Dictionary>& answer) { owed->answer(answer); });
         }
     }
 
