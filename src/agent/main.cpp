@@ -21,6 +21,7 @@
 #include "platform/linux/media/LinuxMediaProbe.h"
 #include "platform/linux/volumes/LinuxVolumes.h"
 #include "platform/linux/watch/LinuxFileEvents.h"
+#include "platform/qt/QtConnection.h"
 #include "platform/qt/QtNotifications.h"
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/QtSessionBus.h"
@@ -63,7 +64,7 @@ bool anotherAgentRuns(const QDBusConnection& bus) {
 
 // What the agent remembers for itself lies here; made on the first start, for this user alone.
 std::string stateFolder(vt::FileService& files, const vt::SystemIdentity& system) {
-    const std::string folder = vt::paths::join(system.stateHome(), "vantaro");
+    std::string folder = vt::paths::join(system.stateHome(), "vantaro");
     const std::uint32_t mode = 0700;
     if (!vt::createDirectoryAtPath(files, folder, &mode, true, false))
         vt::systemLog("the state folder \"" + vt::paths::displayText(folder) + "\" could not be made");
@@ -72,7 +73,7 @@ std::string stateFolder(vt::FileService& files, const vt::SystemIdentity& system
 
 int runAgent(int& argc, char** argv) {
     QCoreApplication application(argc, argv);
-    const QDBusConnection bus = QDBusConnection::sessionBus();
+    const QDBusConnection bus = vt::qtbus::openSessionBus();
     if (anotherAgentRuns(bus)) {
         std::fputs(alreadyRunning, stdout);
         return 0;

@@ -61,7 +61,7 @@ void ServedVolumes::start() {
     loadFamily();
     _adopted.load();
     for (const std::string& folder : _adopted.folders()) {
-        if (const auto added = _services.volumes.addFolderDrive(folder); !added.ok())
+        if (auto added = _services.volumes.addFolderDrive(folder); !added.ok())
             _log.logMessage(formatText("The folder drive \"%@\" is not there: %@.",
                                        {paths::displayText(folder), added.error().text}));
     }
@@ -175,12 +175,12 @@ Result<void> ServedVolumes::checkAdoptable(const std::string& path) {
 
 Result<void> ServedVolumes::adopt(const std::string& path) {
     const std::string clean = paths::clean(path);
-    if (const auto checked = checkAdoptable(clean); !checked.ok()) return checked;
+    if (auto checked = checkAdoptable(clean); !checked.ok()) return checked;
     auto description = _services.volumes.describe(clean);
     // A second mount of a volume, and one in a place of the system's own, raise no events: they are served as folders.
     if (description && isListed(clean)) {
         const AdoptedDrive drive = driveOf(*description);
-        if (const auto remembered = _adopted.remember(drive); !remembered.ok()) return remembered;
+        if (auto remembered = _adopted.remember(drive); !remembered.ok()) return remembered;
         const std::string key = textFor(*description, diskdescription::mediaBsdName);
         // Where its mount was not reported yet the drive arrives with that report: to take it in now would turn the
         // report into a departure.
@@ -188,8 +188,8 @@ Result<void> ServedVolumes::adopt(const std::string& path) {
         return {};
     }
     const AdoptedDrive drive{clean, std::nullopt, true};
-    if (const auto remembered = _adopted.remember(drive); !remembered.ok()) return remembered;
-    const auto added = _services.volumes.addFolderDrive(clean);
+    if (auto remembered = _adopted.remember(drive); !remembered.ok()) return remembered;
+    auto added = _services.volumes.addFolderDrive(clean);
     if (!added.ok()) _adopted.forget(drive).ignore();
     return added;
 }
@@ -203,7 +203,7 @@ Result<void> ServedVolumes::forget(const std::string& path) {
     const std::string clean = paths::clean(path);
     const auto description = _services.volumes.describe(clean);
     const AdoptedDrive drive = description ? driveOf(*description) : AdoptedDrive{clean, std::nullopt, true};
-    const auto forgotten = _adopted.forget(drive);
+    auto forgotten = _adopted.forget(drive);
     if (drive.folder) {
         _services.volumes.removeFolderDrive(clean);
     } else {

@@ -121,7 +121,7 @@ std::optional<Value> numberOf(const TextArgument& argument) {
         argument.storage());
 }
 
-std::string padded(std::string sign, std::string body, const Placeholder& p, bool zerosAllowed) {
+std::string padded(const std::string& sign, const std::string& body, const Placeholder& p, bool zerosAllowed) {
     const std::size_t length = sign.size() + body.size();
     if (length >= p.width) return sign + body;
     const std::size_t missing = p.width - length;
@@ -168,7 +168,7 @@ std::string formatUnsigned(const Value& number, const Placeholder& p, int base) 
             if (c >= 'a') c = static_cast<char>(c - 'a' + 'A');
     std::string prefix;
     if (p.alternate && base == 16 && bits != 0) prefix = p.conversion == 'X' ? "0X" : "0x";
-    return padded(std::move(prefix), withPrecision(digits, p), p, !p.precision);
+    return padded(prefix, withPrecision(digits, p), p, !p.precision);
 }
 
 std::string formatReal(const Value& number, const Placeholder& p) {
@@ -182,7 +182,7 @@ std::string formatReal(const Value& number, const Placeholder& p) {
     text.resize(static_cast<std::size_t>(end.ptr - text.data()));
     const bool negative = !text.empty() && text.front() == '-';
     if (negative) text.erase(0, 1);
-    return padded(signOf(negative, p), std::move(text), p, true);
+    return padded(signOf(negative, p), text, p, true);
 }
 
 std::string formatArgument(const TextArgument& argument, const Placeholder& p) {
@@ -190,7 +190,7 @@ std::string formatArgument(const TextArgument& argument, const Placeholder& p) {
     if (!number) {
         std::string text = plainText(argument);
         if (p.conversion == 's' && p.precision) text.resize(std::min(text.size(), *p.precision));
-        return padded("", std::move(text), p, false);
+        return padded("", text, p, false);
     }
     switch (p.conversion) {
     case 'd':

@@ -29,7 +29,7 @@ Result<void> makeFolders(FileService& files, const std::string& base, const std:
         folder = paths::join(folder, name);
         auto item = files.attributes(folder);
         if (!item && item.code() == ENOENT) {
-            const auto made = files.makeDirectory(folder, folderMode);
+            auto made = files.makeDirectory(folder, folderMode);
             if (!made && made.code() != EEXIST) return made;
             item = files.attributes(folder);
         }
@@ -54,7 +54,7 @@ Result<std::string> moveToFreeName(FileService& files, const std::string& from, 
     bool cutShort = false;
     for (int n = 0; n < mostSuffixes; ++n) {
         const std::string ending = n == 0 ? suffix : suffix + " -" + std::to_string(n);
-        const std::string to = withSuffix(path, ending, cutShort);
+        std::string to = withSuffix(path, ending, cutShort);
         const auto moved = files.move(from, to, Replace::never);
         if (moved) return to;
         if (moved.code() == ENAMETOOLONG && !cutShort) {

@@ -115,7 +115,7 @@ bool VTConfigurationFile::createDefaultSyncSet() {
 }
 
 std::string VTConfigurationFile::syncTargetPath() const {
-    const std::string host = stringWithHostname(_store->services().system);
+    std::string host = stringWithHostname(_store->services().system);
     const std::string user = _store->user();
     const auto guard = _store->lock();
     const auto& state = _store->state();

@@ -157,7 +157,7 @@ std::string LinuxSystemIdentity::folderOf(const char* variable, const char* belo
 }
 
 std::optional<std::string> LinuxSystemIdentity::findAddress() const {
-    const auto stored = readLine(paths::join(stateHome(), "vantaro/host-identity"));
+    auto stored = readLine(paths::join(stateHome(), "vantaro/host-identity"));
     if (stored && isNetworkAddress(*stored)) return stored;
     auto address = primaryNetworkAddress(_sources.networkInterfaces, _sources.permanentAddress);
     if (!address) {

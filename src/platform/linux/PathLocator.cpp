@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <climits>
-#include <cstring>
 
 namespace vt {
 
@@ -16,7 +15,7 @@ constexpr std::size_t longestPath = PATH_MAX - 1;
 int checkPath(const std::string& path) {
     if (path.empty()) return ENOENT;
     if (path.front() != '/') return EINVAL;
-    return std::memchr(path.data(), '\0', path.size()) != nullptr ? EINVAL : 0;
+    return path.find('\0') != std::string::npos ? EINVAL : 0;
 }
 
 bool holdsDotDot(const std::string& rest) {

@@ -158,7 +158,7 @@ Result<void> moveToTrash(const std::string& item, const TrashFolder& trash) {
     for (int number = 1; number <= mostNames; ++number) {
         const std::string taken = candidate(name, number);
         const std::string info = trash.path + "/info/" + taken + std::string(infoSuffix);
-        const auto written = writeInfo(info, text);
+        auto written = writeInfo(info, text);
         if (!written && written.code() == EEXIST) continue;
         if (!written) return written;
         const int code = renameWithoutReplacing(item, trash.path + "/files/" + taken);
