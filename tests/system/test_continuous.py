@@ -16,7 +16,9 @@ def content(path):
         return None
 
 
-class Continuous(SystemTest):
+class ContinuousTest:
+    """A drive that has had its first sync; mixed into the classes below, which run beside each other."""
+
     def setUp(self):
         self.world = World().__enter__()
         self.addCleanup(self.world.__exit__, None, None, None)
@@ -47,6 +49,13 @@ class Continuous(SystemTest):
 
         wait_until(quiet, "a quiet agent", 120)
 
+
+class Edits(SystemTest, ContinuousTest):
+    """What is changed arrives."""
+
+    def setUp(self):
+        ContinuousTest.setUp(self)
+
     def test_edits_arrive_after_the_quiet_period(self):
         self.settle()
         begun = time.monotonic()
@@ -69,6 +78,13 @@ class Continuous(SystemTest):
         write(self.home / "Pictures/fish.png", b"fish")
         self.arrives("Pictures/fish.png", b"fish")
 
+
+class Rush(SystemTest, ContinuousTest):
+    """What is changed while a sync runs arrives too."""
+
+    def setUp(self):
+        ContinuousTest.setUp(self)
+
     def test_edits_while_a_sync_runs_arrive_too(self):
         for number in range(300):
             write(self.home / f"Pictures/many/{number}.png", b"x" * 100_000)
@@ -84,6 +100,13 @@ class Continuous(SystemTest):
         for number in range(300):
             name = f"Pictures/many/{number}.png"
             self.assertEqual(content(self.copies / name), content(self.home / name), name)
+
+
+class Quiet(SystemTest, ContinuousTest):
+    """What starts no sync."""
+
+    def setUp(self):
+        ContinuousTest.setUp(self)
 
     def test_syncs_and_reading_start_no_sync(self):
         home = str(self.home)
