@@ -20,6 +20,7 @@ function(vt_module name)
 endfunction()
 
 # vt_test(NAME [LINK target...]): one GoogleTest program from every .cpp of the calling folder, each test known to CTest.
+# The target tests-LABEL builds the programs of a label and nothing besides them.
 function(vt_test name)
   cmake_parse_arguments(arg "" "" "LINK;LABELS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
@@ -33,4 +34,10 @@ function(vt_test name)
   target_compile_options(${name} PRIVATE -O0)
   gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
                        PROPERTIES LABELS "${arg_LABELS}" TIMEOUT 120)
+  foreach(label ${arg_LABELS})
+    if(NOT TARGET tests-${label})
+      add_custom_target(tests-${label})
+    endif()
+    add_dependencies(tests-${label} ${name})
+  endforeach()
 endfunction()

@@ -14,6 +14,7 @@ namespace {
 Result<pid_t> start(const std::vector<std::string>& command) {
     std::vector<char*> arguments;
     std::vector<std::string> copies = command; // posix_spawn wants them writable
+    arguments.reserve(copies.size() + 1);
     for (std::string& argument : copies) arguments.push_back(argument.data());
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions;
