@@ -22,6 +22,9 @@ void setHandler(void (*handler)(int)) {
     action.sa_flags = SA_RESTART;
     sigaction(SIGTERM, &action, nullptr);
     sigaction(SIGINT, &action, nullptr);
+    // A terminal that closes; one who started the agent under nohup wants it to go on.
+    struct sigaction before {};
+    if (sigaction(SIGHUP, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr);
 }
 
 } // namespace

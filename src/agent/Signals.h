@@ -1,4 +1,4 @@
-// SIGTERM and SIGINT end the agent like a quit. Thread: main.
+// SIGTERM, SIGINT and SIGHUP end the agent like a quit; a SIGHUP that was ignored stays so. Thread: main.
 #pragma once
 
 #include <QSocketNotifier>

@@ -97,7 +97,8 @@ Result<void> AdoptedDrives::save() {
     const auto bytes = _services.propertyLists.xml(root);
     if (!bytes.ok()) return bytes.error();
     const std::string folder = paths::parent(_path);
-    createDirectoryAtPath(_files->files(), folder, nullptr, true, false);
+    if (!createDirectoryAtPath(_files->files(), folder, nullptr, true, false))
+        return Error{ENOENT, Disposition::skipItem, folder, localised("the folder cannot be made")};
     // It may only have been out of reach: it goes when there is something to put in its place, not before.
     if (_unread) setAside();
     return _files->contents().writeAtomically(_path, *bytes, 0600);
@@ -105,10 +106,18 @@ Result<void> AdoptedDrives::save() {
 
 Result<void> AdoptedDrives::remember(const AdoptedDrive& drive) {
     if (contains(_adopted, drive) && !contains(_forgotten, drive)) return {};
+    const auto adopted = _adopted;
+    const auto forgotten = _forgotten;
     remove(_forgotten, drive);
     remove(_adopted, drive);
     _adopted.push_back(drive);
-    return save();
+    const auto saved = save();
+    if (!saved.ok()) {
+        // What will not be known at the next start is not known now, so that the next try says so too.
+        _adopted = adopted;
+        _forgotten = forgotten;
+    }
+    return saved;
 }
 
 Result<void> AdoptedDrives::forget(const AdoptedDrive& drive) {

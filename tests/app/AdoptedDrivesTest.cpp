@@ -83,6 +83,20 @@ TEST_F(AdoptedDrivesTest, AListThatCannotBeReadIsKeptBeforeAnotherTakesItsPlace)
     EXPECT_EQ(readAgain().folders(), std::vector<std::string>{folder.path});
 }
 
+TEST_F(AdoptedDrivesTest, AnAdoptionThatCannotBeRememberedIsNone) {
+    world.disk.faults().fail("makeDirectory", paths::parent(listFile), EROFS);
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        const auto remembered = drives.remember(volume);
+        ASSERT_FALSE(remembered.ok());
+        EXPECT_EQ(remembered.error().text, "the folder cannot be made");
+        EXPECT_EQ(remembered.error().path, paths::parent(listFile));
+        EXPECT_FALSE(drives.isAdopted(volume));
+    }
+    world.disk.faults().clear();
+    EXPECT_TRUE(drives.remember(volume).ok());
+    EXPECT_TRUE(readAgain().isAdopted(volume));
+}
+
 TEST_F(AdoptedDrivesTest, EntriesThatMakeNoSenseAreLeftOut) {
     world.makeFolders(paths::parent(listFile));
     const std::string content =

@@ -1,6 +1,7 @@
 """The main job as a person sees it: a folder of the computer arrives on a drive."""
 
 import os
+import signal
 import stat
 import subprocess
 import unittest
@@ -208,6 +209,18 @@ class MainRoad(SystemTest):
         self.assertIn('Processing "Pictures".', messages)
         self.assertIn('Synchronization of "drive" completed successfully.', messages)
         self.assertEqual(messages[-1], "Mirrorly stopping.")
+
+    def test_signals_end_it_in_order(self):
+        for number, how in enumerate((signal.SIGTERM, signal.SIGINT, signal.SIGHUP), 1):
+            self.world.start()
+            self.assertEqual(self.world.stop(how), 0, how)
+            self.assertEqual(self.world.messages().count("Mirrorly stopping."), number, how)
+
+    def test_a_hang_up_that_is_ignored_stays_ignored(self):
+        self.world.start(wrapper=["nohup"])
+        self.world.agent.send_signal(signal.SIGHUP)
+        self.assertEqual(self.world.json("drives"), [])
+        self.assertEqual(self.world.stop(), 0)
 
     def test_a_second_agent_leaves_the_first_alone(self):
         self.world.start()
