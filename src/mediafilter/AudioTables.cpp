@@ -144,7 +144,7 @@ const ContainerValidatorList& kindleFireHd() {
     return list;
 }
 
-// A wave file (type 4, audio Windows RT) is in no list: that class takes none.
+// Without windowsRtWave(): that class takes no wave file.
 const ContainerValidatorList& windowsRt() {
     static const Row rows[] = {
         {R"(.*\.aac$)",         4,  no, {&audioAac}},
@@ -163,6 +163,11 @@ const ContainerValidatorList& windowsRt() {
 // clang-format on
 
 } // namespace
+
+const VTContainerValidator& windowsRtWave() {
+    static const auto& validator = buildValidator({R"(.*\.wav$)", 4, no, {&audioWindowsRt}});
+    return validator;
+}
 
 const ContainerValidatorList& audioList(VTMediaClass mediaClass) {
     switch (mediaClass) {

@@ -35,6 +35,33 @@ constexpr CodeRow audioCodes[] = {
     {"midi"_fcc, 19}, {microsoftImaAdpcm, 20},
 };
 
+struct NameRow {
+    std::int32_t number;
+    const char* name;
+};
+
+constexpr NameRow videoNames[] = {
+    {1, "H.264"},   {2, "MPEG-4"},        {3, "Motion JPEG (OpenDML)"}, {4, "Motion JPEG"},  {6, "Animation"},
+    {7, "raw RGB"}, {8, "Cinepak"},       {9, "Graphics or FMP4"},      {10, "Apple Video"}, {11, "raw YUV"},
+    {12, "JPEG"},   {13, "JPEG 2000"},    {14, "Windows run length"},   {15, "H.261"},       {16, "H.263"},
+    {17, "DV"},     {18, "Intermediate"}, {19, "protected video"},      {20, "PNG"},         {22, "Windows raw"},
+};
+
+constexpr NameRow audioNames[] = {
+    {1, "AAC"},          {2, "MP3"},      {3, "Apple Lossless"},
+    {6, "PCM"},          {7, "mu-law"},   {8, "A-law"},
+    {9, "Audible"},      {10, "MACE"},    {11, "IMA 4:1"},
+    {12, "PureVoice"},   {13, "QDesign"}, {14, "AC-3"},
+    {15, "AMR"},         {16, "iLBC"},    {17, "protected AAC"},
+    {18, "unspecified"}, {19, "MIDI"},    {20, "Microsoft IMA ADPCM"},
+};
+
+template <typename Rows> const char* nameIn(const Rows& rows, std::int32_t number) {
+    const auto row =
+        std::find_if(std::begin(rows), std::end(rows), [number](const NameRow& each) { return each.number == number; });
+    return row == std::end(rows) ? nullptr : row->name;
+}
+
 template <typename Rows> std::int32_t numberIn(const Rows& rows, FourCharCode code) {
     const auto row =
         std::find_if(std::begin(rows), std::end(rows), [code](const CodeRow& each) { return each.code == code; });
@@ -49,6 +76,14 @@ std::int32_t videoCodecNumber(FourCharCode code) {
 
 std::int32_t audioCodecNumber(FourCharCode code) {
     return numberIn(audioCodes, code);
+}
+
+const char* videoCodecName(std::int32_t number) {
+    return nameIn(videoNames, number);
+}
+
+const char* audioCodecName(std::int32_t number) {
+    return nameIn(audioNames, number);
 }
 
 } // namespace vt

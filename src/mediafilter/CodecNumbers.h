@@ -17,4 +17,8 @@ inline constexpr std::int32_t pngVideo = 20;
 [[nodiscard]] std::int32_t videoCodecNumber(FourCharCode code);
 [[nodiscard]] std::int32_t audioCodecNumber(FourCharCode code);
 
+// What people call a codec ("H.264"); null for a number that no format code has.
+[[nodiscard]] const char* videoCodecName(std::int32_t number);
+[[nodiscard]] const char* audioCodecName(std::int32_t number);
+
 } // namespace vt

@@ -17,26 +17,34 @@ template <typename Fits> bool anyAudioTrack(const MediaFileCharacterization& rec
 
 } // namespace
 
-bool matchVideoRule(const VideoRule& rule, const MediaFileCharacterization& record, bool& shouldCopy) {
-    if (!record.valid || !record.hasVideo || record.videoCodec != rule.videoCodec) return false;
-    shouldCopy = false;
-    if (record.width > rule.maximumWidth || record.height > rule.maximumHeight) return true;
-    if (record.frameRate > rule.maximumFrameRate) return true;
+RuleFinding findingOf(const VideoRule& rule, const MediaFileCharacterization& record) {
+    if (!record.valid) return RuleFinding::notValid;
+    if (!record.hasVideo) return RuleFinding::wrongVideo;
+    if (record.videoCodec != rule.videoCodec) return RuleFinding::otherCodec;
+    if (record.width > rule.maximumWidth || record.height > rule.maximumHeight) return RuleFinding::tooLarge;
+    if (record.frameRate > rule.maximumFrameRate) return RuleFinding::tooFast;
+    if (!record.hasAudio) return RuleFinding::silent;
     // Sound tracks that are all disabled count as sound without a track that fits.
-    shouldCopy = !record.hasAudio || anyAudioTrack(record, [&rule](const AudioTrackCharacterization& track) {
+    const bool fits = anyAudioTrack(record, [&rule](const AudioTrackCharacterization& track) {
         return rule.audioCodecs.holds(track.codec) && track.sampleRate <= rule.maximumSampleRate &&
                track.channels < rule.channelsBelow;
     });
-    return true;
+    return fits ? RuleFinding::soundFits : RuleFinding::noSoundFits;
 }
 
-bool matchAudioRule(const AudioRule& rule, const MediaFileCharacterization& record, bool& shouldCopy) {
-    if (!record.valid) return false;
+RuleFinding findingOf(const AudioRule& rule, const MediaFileCharacterization& record) {
+    if (!record.valid) return RuleFinding::notValid;
     const bool onlyCover = rule.pngCoverAllowed && record.videoCodec == codecnumbers::pngVideo;
-    if (record.hasVideo && !onlyCover) return false;
-    shouldCopy = !record.hasAudio || anyAudioTrack(record, [&rule](const AudioTrackCharacterization& track) {
-        return rule.audioCodecs.holds(track.codec);
-    });
+    if (record.hasVideo && !onlyCover) return RuleFinding::wrongVideo;
+    if (!record.hasAudio) return RuleFinding::silent;
+    const bool fits = anyAudioTrack(
+        record, [&rule](const AudioTrackCharacterization& track) { return rule.audioCodecs.holds(track.codec); });
+    return fits ? RuleFinding::soundFits : RuleFinding::noSoundFits;
+}
+
+bool decides(RuleFinding finding, bool& shouldCopy) {
+    if (finding <= RuleFinding::otherCodec) return false;
+    shouldCopy = finding == RuleFinding::silent || finding == RuleFinding::soundFits;
     return true;
 }
 

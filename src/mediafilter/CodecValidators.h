@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <initializer_list>
 #include <limits>
+#include <string>
+#include <string_view>
 
 namespace vt {
 
@@ -31,6 +33,7 @@ inline constexpr float anyRate = std::numeric_limits<float>::infinity();
 // For files whose video has one certain codec: declines all others; refuses past the limits; with sound, wants at least
 // one track that fits.
 struct VideoRule {
+    const char* name; // of the validator, for people
     std::int32_t videoCodec;
     std::int64_t maximumWidth;
     std::int64_t maximumHeight;
@@ -42,59 +45,85 @@ struct VideoRule {
 
 // For files without video: declines all others; with sound, wants at least one track of an accepted codec.
 struct AudioRule {
+    const char* name; // of the validator, for people
     CodecSet audioCodecs;
     bool pngCoverAllowed; // a PNG picture as the only video counts as no video
 };
 
 // clang-format off
 namespace codecrules {
-//                                         video  width    height   fps      sound                                hertz    channels
-inline constexpr VideoRule mp4            {2,     640,     480,     30.0F,   {1},                                 48000,   3};
-inline constexpr VideoRule h264Low        {1,     640,     480,     30.0F,   {1},                                 48000,   3};
-inline constexpr VideoRule h264High       {1,     1280,    720,     30.0F,   {1},                                 48000,   3};
-inline constexpr VideoRule drmvLow        {19,    640,     480,     30.0F,   {1, 17},                             48000,   3};
-inline constexpr VideoRule drmvHigh       {19,    1280,    720,     30.0F,   {1, 17},                             48000,   3};
-inline constexpr VideoRule windowsMjpeg   {3,     1280,    720,     30.0F,   {7},                                 anyRate, 3};
-inline constexpr VideoRule mp4Any         {2,     anySize, anySize, anyRate, {1},                                 anyRate, anySize};
-inline constexpr VideoRule h264Any        {1,     anySize, anySize, anyRate, {1},                                 anyRate, anySize};
-inline constexpr VideoRule h263Any        {16,    anySize, anySize, anyRate, {1},                                 anyRate, anySize};
-inline constexpr VideoRule drmvAny        {19,    anySize, anySize, anyRate, {1, 17},                             anyRate, anySize};
-inline constexpr VideoRule windowsMjpegAny{3,     anySize, anySize, anyRate, {7},                                 anyRate, 3};
-inline constexpr VideoRule pjpegAny       {12,    anySize, anySize, anyRate, {1, 3, 4, 6, 7, 8, 11, 13, 15, 16},  anyRate, anySize};
-inline constexpr VideoRule mpeg4Kindle    {2,     anySize, anySize, anyRate, {1, 15},                             anyRate, anySize};
-inline constexpr VideoRule h263Kindle     {16,    anySize, anySize, anyRate, {1, 15},                             anyRate, anySize};
-inline constexpr VideoRule h264Kindle     {1,     anySize, anySize, anyRate, {1, 15},                             anyRate, anySize};
-inline constexpr VideoRule h263KindleHd   {16,    anySize, anySize, anyRate, {1, 14, 15},                         anyRate, anySize};
-inline constexpr VideoRule h264KindleHd   {1,     anySize, anySize, anyRate, {1, 14, 15},                         anyRate, anySize};
-inline constexpr VideoRule mpeg4WinRt     {2,     anySize, anySize, anyRate, {1, 2, 14},                          anyRate, anySize};
-inline constexpr VideoRule h264WinRt      {1,     anySize, anySize, anyRate, {1, 2, 14},                          anyRate, anySize};
-inline constexpr VideoRule h264WindowsRt  {1,     anySize, anySize, anyRate, {1, 2, 14},                          anyRate, anySize};
+//                                         name                        codec width   height   fps      sound                                 hertz    channels
+inline constexpr VideoRule mp4             {"MP4",                      2,  640,     480,     30.0F,   {1},                                  48000,   3};
+inline constexpr VideoRule h264Low         {"H264 low",                 1,  640,     480,     30.0F,   {1},                                  48000,   3};
+inline constexpr VideoRule h264High        {"H264 high",                1,  1280,    720,     30.0F,   {1},                                  48000,   3};
+inline constexpr VideoRule drmvLow         {"DRMV low",                 19, 640,     480,     30.0F,   {1, 17},                              48000,   3};
+inline constexpr VideoRule drmvHigh        {"DRMV high",                19, 1280,    720,     30.0F,   {1, 17},                              48000,   3};
+inline constexpr VideoRule windowsMjpeg    {"Windows MJPEG",            3,  1280,    720,     30.0F,   {7},                                  anyRate, 3};
+inline constexpr VideoRule mp4Any          {"MP4 unlimited",            2,  anySize, anySize, anyRate, {1},                                  anyRate, anySize};
+inline constexpr VideoRule h264Any         {"H264 unlimited",           1,  anySize, anySize, anyRate, {1},                                  anyRate, anySize};
+inline constexpr VideoRule h263Any         {"H263 unlimited",           16, anySize, anySize, anyRate, {1},                                  anyRate, anySize};
+inline constexpr VideoRule drmvAny         {"DRMV unlimited",           19, anySize, anySize, anyRate, {1, 17},                              anyRate, anySize};
+inline constexpr VideoRule windowsMjpegAny {"Windows MJPEG unlimited",  3,  anySize, anySize, anyRate, {7},                                  anyRate, 3};
+inline constexpr VideoRule pjpegAny        {"PJPEG unlimited",          12, anySize, anySize, anyRate, {1, 3, 4, 6, 7, 8, 11, 13, 15, 16},   anyRate, anySize};
+inline constexpr VideoRule mpeg4Kindle     {"MPEG4 Kindle Fire",        2,  anySize, anySize, anyRate, {1, 15},                              anyRate, anySize};
+inline constexpr VideoRule h263Kindle      {"H263 Kindle Fire",         16, anySize, anySize, anyRate, {1, 15},                              anyRate, anySize};
+inline constexpr VideoRule h264Kindle      {"H264 Kindle Fire",         1,  anySize, anySize, anyRate, {1, 15},                              anyRate, anySize};
+inline constexpr VideoRule h263KindleHd    {"H263 Kindle Fire HD",      16, anySize, anySize, anyRate, {1, 14, 15},                          anyRate, anySize};
+inline constexpr VideoRule h264KindleHd    {"H264 Kindle Fire HD",      1,  anySize, anySize, anyRate, {1, 14, 15},                          anyRate, anySize};
+inline constexpr VideoRule mpeg4WinRt      {"MPEG4 Windows RT",         2,  anySize, anySize, anyRate, {1, 2, 14},                           anyRate, anySize};
+inline constexpr VideoRule h264WinRt       {"H263 Windows RT",          1,  anySize, anySize, anyRate, {1, 2, 14},                           anyRate, anySize};
+inline constexpr VideoRule h264WindowsRt   {"H264 Windows RT",          1,  anySize, anySize, anyRate, {1, 2, 14},                           anyRate, anySize};
 
-//                                         sound                                            PNG cover allowed
-inline constexpr AudioRule audioOnly      {{1, 3, 4, 7, 9, 17},                             false};
-inline constexpr AudioRule audioBook      {{1, 3, 4, 7, 9, 17},                             true};
-inline constexpr AudioRule audioOnlyAny   {{1, 3, 4, 6, 7, 8, 11, 13, 15, 16, 17, 19},      false};
-inline constexpr AudioRule audioBookAny   {{1, 3, 4, 6, 7, 8, 11, 13, 15, 16, 17},          true};
-inline constexpr AudioRule audioKindle    {{1, 6, 15, 19},                                  false};
-inline constexpr AudioRule audioWindowsRt {{1, 2, 6, 7, 14, 20},                            false};
-inline constexpr AudioRule audioAac       {{1},                                             false};
+//                                         name                        sound                                              PNG cover allowed
+inline constexpr AudioRule audioOnly       {"audio only",               {1, 3, 4, 7, 9, 17},                               false};
+inline constexpr AudioRule audioBook       {"audio book",               {1, 3, 4, 7, 9, 17},                               true};
+inline constexpr AudioRule audioOnlyAny    {"audio only unlimited",     {1, 3, 4, 6, 7, 8, 11, 13, 15, 16, 17, 19},        false};
+inline constexpr AudioRule audioBookAny    {"audio book unlimited",     {1, 3, 4, 6, 7, 8, 11, 13, 15, 16, 17},            true};
+inline constexpr AudioRule audioKindle     {"audio Kindle Fire",        {1, 6, 15, 19},                                    false};
+inline constexpr AudioRule audioWindowsRt  {"audio Windows RT",         {1, 2, 6, 7, 14, 20},                              false};
+inline constexpr AudioRule audioAac        {"audio AAC",                {1},                                               false};
 } // namespace codecrules
 // clang-format on
 
-[[nodiscard]] bool matchVideoRule(const VideoRule& rule, const MediaFileCharacterization& record, bool& shouldCopy);
-[[nodiscard]] bool matchAudioRule(const AudioRule& rule, const MediaFileCharacterization& record, bool& shouldCopy);
+// What a rule finds about a file, in the order in which it looks. The first three decline, `soundFits` and `silent`
+// accept, the rest refuses.
+enum class RuleFinding : std::uint8_t {
+    notValid,
+    wrongVideo,
+    otherCodec,
+    tooLarge,
+    tooFast,
+    silent,
+    soundFits,
+    noSoundFits
+};
+[[nodiscard]] RuleFinding findingOf(const VideoRule& rule, const MediaFileCharacterization& record);
+[[nodiscard]] RuleFinding findingOf(const AudioRule& rule, const MediaFileCharacterization& record);
+// The finding as a validator's answer: see VTCodecValidator::matchCharacterization.
+[[nodiscard]] bool decides(RuleFinding finding, bool& shouldCopy);
+// The finding in words, see VTCodecValidator::reason.
+[[nodiscard]] std::string reasonOf(const VideoRule& rule, const MediaFileCharacterization& record);
+[[nodiscard]] std::string reasonOf(const AudioRule& rule, const MediaFileCharacterization& record);
 
 template <const VideoRule& Rule> class VideoCodecValidator final : public VTCodecValidator {
   public:
     [[nodiscard]] bool matchCharacterization(const MediaFileCharacterization& record, bool& shouldCopy) const override {
-        return matchVideoRule(Rule, record, shouldCopy);
+        return decides(findingOf(Rule, record), shouldCopy);
+    }
+    [[nodiscard]] std::string_view name() const override { return Rule.name; }
+    [[nodiscard]] std::string reason(const MediaFileCharacterization& record) const override {
+        return reasonOf(Rule, record);
     }
 };
 
 template <const AudioRule& Rule> class AudioCodecValidator final : public VTCodecValidator {
   public:
     [[nodiscard]] bool matchCharacterization(const MediaFileCharacterization& record, bool& shouldCopy) const override {
-        return matchAudioRule(Rule, record, shouldCopy);
+        return decides(findingOf(Rule, record), shouldCopy);
+    }
+    [[nodiscard]] std::string_view name() const override { return Rule.name; }
+    [[nodiscard]] std::string reason(const MediaFileCharacterization& record) const override {
+        return reasonOf(Rule, record);
     }
 };
 

@@ -53,29 +53,37 @@ MediaServices::Answer MediaCharacterizer::characterize(const std::string& path, 
 MediaCharacterizer::Outcome MediaCharacterizer::characterizeVideo(const std::string& path,
                                                                   MediaFileCharacterization& record,
                                                                   std::int32_t containerType) {
-    const auto outcomeOf = [](int code) {
-        if (code == ETIMEDOUT) return Outcome::outOfTime;
-        return code == EINVAL || code == EFBIG ? Outcome::certain : Outcome::unreadable;
-    };
+    const auto examined =
+        examine(path, [&](const MediaDescription& movie) { record = characterizationOf(movie, containerType); });
+    if (examined.ok()) return Outcome::certain;
+    if (examined.code() == ETIMEDOUT) return Outcome::outOfTime;
+    return examined.code() == EINVAL || examined.code() == EFBIG ? Outcome::certain : Outcome::unreadable;
+}
+
+Result<MediaDescription> MediaCharacterizer::describe(const std::string& path) {
+    MediaDescription description;
+    const auto examined = examine(path, [&](const MediaDescription& movie) { description = movie; });
+    if (!examined.ok()) return examined.error();
+    return description;
+}
+
+Result<void> MediaCharacterizer::examine(const std::string& path, const Take& take) {
     auto file = _probe.open(path);
-    if (!file.ok()) return outcomeOf(file.code());
+    if (!file.ok()) return file.error();
     while (true) {
-        Result<void> described;
-        const bool served =
-            _runLoop.performAndWait([&] { described = characterizeVideoInner(path, **file, record, containerType); });
-        if (!served) return Outcome::unreadable; // the process is ending
-        if (described.ok()) return Outcome::certain;
-        if (described.code() != EAGAIN) return outcomeOf(described.code());
-        if (const auto read = (*file)->readMore(); !read.ok()) return outcomeOf(read.code());
+        Result<void> examined;
+        const bool served = _runLoop.performAndWait([&] { examined = examineInner(path, **file, take); });
+        if (!served) return Error{ECANCELED, Disposition::skipItem, path, "the agent is ending"};
+        if (examined.ok() || examined.code() != EAGAIN) return examined;
+        if (auto read = (*file)->readMore(); !read.ok()) return read;
     }
 }
 
-Result<void> MediaCharacterizer::characterizeVideoInner(const std::string& path, MediaFile& file,
-                                                        MediaFileCharacterization& record, std::int32_t containerType) {
+Result<void> MediaCharacterizer::examineInner(const std::string& path, MediaFile& file, const Take& take) {
     try {
         const auto movie = _probe.describe(file);
         if (!movie.ok()) return movie.error();
-        record = characterizationOf(*movie, containerType);
+        take(*movie);
         return {};
     } catch (const std::exception& exception) { // memory, most likely; nothing crosses to the worker
         systemLog(

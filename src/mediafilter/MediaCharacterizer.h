@@ -11,6 +11,7 @@
 #include "platform/RunLoop.h"
 
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -25,6 +26,7 @@ class MediaCharacterizer final : public MediaServices {
 
     [[nodiscard]] Answer characterize(const std::string& path, std::int32_t containerType,
                                       const FileAttributes* known) override;
+    [[nodiscard]] Result<MediaDescription> describe(const std::string& path) override;
     [[nodiscard]] std::optional<std::string> photoBoothLibrary() override;
     void passBegins() override;
 
@@ -33,9 +35,11 @@ class MediaCharacterizer final : public MediaServices {
     // Fills `record` from the file itself.
     [[nodiscard]] Outcome characterizeVideo(const std::string& path, MediaFileCharacterization& record,
                                             std::int32_t containerType);
+    using Take = std::function<void(const MediaDescription& movie)>;
+    // Reads here and looks on the main thread, in turns, until `take` has got the file's description there.
+    [[nodiscard]] Result<void> examine(const std::string& path, const Take& take);
     // On the main thread; the error says whether the worker has to read more.
-    [[nodiscard]] Result<void> characterizeVideoInner(const std::string& path, MediaFile& file,
-                                                      MediaFileCharacterization& record, std::int32_t containerType);
+    [[nodiscard]] Result<void> examineInner(const std::string& path, MediaFile& file, const Take& take);
     [[nodiscard]] std::optional<MediaFileCharacterization> remembered(const std::string& path,
                                                                       const FileAttributes& file);
     void remember(const std::string& path, const FileAttributes& file, const MediaFileCharacterization& record);

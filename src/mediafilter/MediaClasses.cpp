@@ -11,9 +11,9 @@ class VTMediaFilterStaticInit {
   public:
     VTMediaFilterStaticInit() {
         for (std::int32_t value = 0; value <= static_cast<std::int32_t>(VTMediaClass::windowsRt); ++value)
-            for (const MediaKind kind :
-                 {MediaKind::movies, MediaKind::music, MediaKind::pictures, MediaKind::documents})
+            for (const MediaKind kind : mediaKinds)
                 static_cast<void>(mediaList(static_cast<VTMediaClass>(value), kind));
+        static_cast<void>(mediatables::windowsRtWave());
     }
 };
 
@@ -42,6 +42,42 @@ VTMediaClass mediaClassForDeviceFilter(std::int32_t filter) {
     default:
         return VTMediaClass::unlimited;
     }
+}
+
+const char* mediaClassName(VTMediaClass mediaClass) {
+    switch (mediaClass) {
+    case VTMediaClass::unlimited:
+        break;
+    case VTMediaClass::appleLow:
+        return "Apple, low";
+    case VTMediaClass::appleHigh:
+        return "Apple, high";
+    case VTMediaClass::appleUnlimited:
+        return "Apple, unlimited";
+    case VTMediaClass::androidIcs:
+        return "Android ICS";
+    case VTMediaClass::kindleFire:
+        return "Kindle Fire";
+    case VTMediaClass::kindleFireHd:
+        return "Kindle Fire HD";
+    case VTMediaClass::windowsRt:
+        return "Windows RT";
+    }
+    return "unlimited";
+}
+
+const char* mediaKindName(MediaKind kind) {
+    switch (kind) {
+    case MediaKind::movies:
+        return "movies";
+    case MediaKind::music:
+        return "music";
+    case MediaKind::pictures:
+        return "pictures";
+    case MediaKind::documents:
+        break;
+    }
+    return "documents";
 }
 
 const ContainerValidatorList& mediaList(VTMediaClass mediaClass, MediaKind kind) {

@@ -19,6 +19,12 @@ enum class VTMediaClass : std::int32_t {
 };
 
 enum class MediaKind : std::uint8_t { movies, music, pictures, documents };
+inline constexpr MediaKind mediaKinds[] = {MediaKind::movies, MediaKind::music, MediaKind::pictures,
+                                           MediaKind::documents};
+
+// For people: "Apple, high"; "movies".
+[[nodiscard]] const char* mediaClassName(VTMediaClass mediaClass);
+[[nodiscard]] const char* mediaKindName(MediaKind kind);
 
 // The class of a drive's device filter; every value outside 1 to 8 is unlimited.
 [[nodiscard]] VTMediaClass mediaClassForDeviceFilter(std::int32_t filter);

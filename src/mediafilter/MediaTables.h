@@ -36,6 +36,9 @@ constexpr Row held(const VTContainerValidator& (*shared)()) {
 [[nodiscard]] ContainerValidatorList buildList(std::span<const Row> rows);
 [[nodiscard]] const VTContainerValidator& buildValidator(const Row& row);
 
+// Built with the others and in no list, on purpose.
+[[nodiscard]] const VTContainerValidator& windowsRtWave();
+
 [[nodiscard]] const ContainerValidatorList& videoList(VTMediaClass mediaClass);
 [[nodiscard]] const ContainerValidatorList& audioList(VTMediaClass mediaClass);
 [[nodiscard]] const ContainerValidatorList& pictureList(VTMediaClass mediaClass);

@@ -4,6 +4,9 @@
 
 #include "mediafilter/MediaFileCharacterization.h"
 
+#include <string>
+#include <string_view>
+
 namespace vt {
 
 class VTCodecValidator {
@@ -13,6 +16,10 @@ class VTCodecValidator {
     // and `shouldCopy` is the decision.
     [[nodiscard]] virtual bool matchCharacterization(const MediaFileCharacterization& record,
                                                      bool& shouldCopy) const = 0;
+    // For people: the validator's name ("H264 low"), and why it answers about this record as it does, as a clause
+    // without a full stop.
+    [[nodiscard]] virtual std::string_view name() const { return {}; }
+    [[nodiscard]] virtual std::string reason(const MediaFileCharacterization&) const { return {}; }
 
   protected:
     constexpr VTCodecValidator() = default;

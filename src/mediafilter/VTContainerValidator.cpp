@@ -37,22 +37,37 @@ const VTSpecialContentValidator* VTContainerValidator::specialContentValidator(s
 
 bool VTContainerValidator::matchItem(const std::string& path, std::string_view baseName, bool& shouldCopy,
                                      MediaFacts& facts) const {
-    shouldCopy = false;
-    if (!_pattern.matches(baseName)) return false;
+    const Match result = match(path, baseName, facts);
+    shouldCopy = result.shouldCopy;
+    return result.matched;
+}
+
+VTContainerValidator::Match VTContainerValidator::match(const std::string& path, std::string_view baseName,
+                                                        MediaFacts& facts) const {
+    Match result;
+    result.name = _pattern.matches(baseName);
+    if (!result.name) return result;
 
     for (std::size_t i = 0; i < _specialContentValidatorCount; ++i) {
-        const bool matched = _specialContentValidators[i]->matchSpecialContent(path, shouldCopy, facts);
-        if (shouldCopy) return matched;
+        result.matched = _specialContentValidators[i]->matchSpecialContent(path, result.shouldCopy, facts);
+        if (!result.shouldCopy) continue;
+        result.special = _specialContentValidators[i];
+        return result;
     }
     if (_codecValidatorCount == 0) {
-        shouldCopy = _defaultResult;
-        return true;
+        result.shouldCopy = _defaultResult;
+        result.matched = true;
+        return result;
     }
     const MediaFileCharacterization record = facts.characterization(path, _containerType);
-    for (std::size_t i = 0; i < _codecValidatorCount; ++i)
-        if (_codecValidators[i]->matchCharacterization(record, shouldCopy)) return true;
-    shouldCopy = _defaultResult;
-    return false;
+    for (std::size_t i = 0; i < _codecValidatorCount; ++i) {
+        result.matched = _codecValidators[i]->matchCharacterization(record, result.shouldCopy);
+        if (!result.matched) continue;
+        result.codec = _codecValidators[i];
+        return result;
+    }
+    result.shouldCopy = _defaultResult;
+    return result;
 }
 
 } // namespace vt

@@ -39,6 +39,15 @@ class VTContainerValidator {
     // validators that all decline leave it at the default, but that is no match: the caller refuses the item.
     [[nodiscard]] bool matchItem(const std::string& path, std::string_view baseName, bool& shouldCopy,
                                  MediaFacts& facts) const;
+    // The same answer, and how it came about.
+    struct Match {
+        bool name = false; // the pattern matches the name
+        bool matched = false;
+        bool shouldCopy = false;
+        const VTCodecValidator* codec = nullptr;            // the one that decided, if one did
+        const VTSpecialContentValidator* special = nullptr; // likewise
+    };
+    [[nodiscard]] Match match(const std::string& path, std::string_view baseName, MediaFacts& facts) const;
 
     [[nodiscard]] const NamePattern& pattern() const { return _pattern; }
     [[nodiscard]] const std::string& patternText() const { return _patternText; }

@@ -1,6 +1,7 @@
 #include "mediafilter/VTFileValidator.h"
 
 #include "config/utilities/Packages.h"
+#include "mediafilter/FilterVerdict.h"
 #include "mediafilter/MediaPass.h"
 #include "mediafilter/NameIndex.h"
 #include "mediafilter/VTContainerValidator.h"
@@ -86,20 +87,38 @@ bool VTFileValidator::shouldCopyKnownItem(const std::string& path, std::string_v
     std::string standardised;
     if (!isStandard(path)) standardised = _homePaths.standardise(path);
     const std::string& standardPath = standardised.empty() ? path : standardised;
-    if (isExcluded(standardPath, baseName)) return false;
+    NoMediaFacts noFacts;
+    if (_media == nullptr) return accepts(judge(standardPath, baseName, limitTo4G, known, noFacts, nullptr));
+    MediaPass::Item facts(*_media, known);
+    return accepts(judge(standardPath, baseName, limitTo4G, known, facts, nullptr));
+}
+
+Result<FilterVerdict> VTFileValidator::explain(const std::string& path, bool limitTo4G, MediaFacts& facts) const {
+    FilterVerdict verdict;
+    verdict.path = _homePaths.standardise(path);
+    const auto itself = _files.attributes(verdict.path);
+    if (!itself.ok()) return itself.error();
+    if (const auto followed = _files.attributesFollowing(verdict.path)) verdict.item = *followed;
+    verdict.reason = judge(verdict.path, paths::lastComponent(verdict.path), limitTo4G,
+                           verdict.item ? &*verdict.item : nullptr, facts, &verdict.trials);
+    return verdict;
+}
+
+FilterReason VTFileValidator::judge(const std::string& path, std::string_view baseName, bool limitTo4G,
+                                    const FileAttributes* known, MediaFacts& facts,
+                                    std::vector<FilterTrial>* trials) const {
+    if (isWorkName(baseName)) return FilterReason::workName;
+    if (_filteredNames.contains(baseName)) return FilterReason::excludedName;
+    if (_filteredPaths.contains(path)) return FilterReason::excludedPath;
 
     std::optional<FileAttributes> found;
     if (known == nullptr) {
-        if (auto attributes = _files.attributesFollowing(standardPath)) found = *attributes;
+        if (auto attributes = _files.attributesFollowing(path)) found = *attributes;
         known = found ? &*found : nullptr;
     }
-    if (known != nullptr && known->isDirectory() && !isPackage(standardPath)) return true;
-    return anyValidatorAccepts(standardPath, baseName, limitTo4G, known);
-}
-
-bool VTFileValidator::isExcluded(const std::string& standardPath, std::string_view baseName) const {
-    if (isWorkName(baseName)) return true;
-    return _filteredNames.contains(baseName) || _filteredPaths.contains(standardPath);
+    if (known != nullptr && known->isDirectory() && !isPackage(path)) return FilterReason::folder;
+    if (_containerValidators.empty()) return FilterReason::noLists;
+    return askValidators(path, baseName, limitTo4G, known, facts, trials);
 }
 
 // Of a path that is known to lead to a folder. Only a package's name costs a look: a link to a package is none itself.
@@ -109,20 +128,25 @@ bool VTFileValidator::isPackage(const std::string& path) const {
     return !attributes.ok() || !attributes->isLink();
 }
 
-bool VTFileValidator::anyValidatorAccepts(const std::string& path, std::string_view baseName, bool limitTo4G,
-                                          const FileAttributes* known) const {
-    NoMediaFacts noFacts;
-    std::optional<MediaPass::Item> item;
-    if (_media != nullptr) item.emplace(*_media, known);
-    MediaFacts& facts = item ? static_cast<MediaFacts&>(*item) : noFacts;
-
+FilterReason VTFileValidator::askValidators(const std::string& path, std::string_view baseName, bool limitTo4G,
+                                            const FileAttributes* known, MediaFacts& facts,
+                                            std::vector<FilterTrial>* trials) const {
+    FilterReason reason = FilterReason::noPattern;
     for (const std::uint32_t position : _index->candidates(baseName)) {
-        bool shouldCopy = false;
-        const bool matched = _containerValidators[position]->matchItem(path, baseName, shouldCopy, facts);
+        const VTContainerValidator* validator = _containerValidators[position];
+        const VTContainerValidator::Match match = validator->match(path, baseName, facts);
+        if (!match.name) continue;
+        const bool accepted = match.matched && match.shouldCopy;
+        const bool tooLarge = accepted && limitTo4G && !isBelow4G(path, known);
+        // A pattern that goes by the path matches every name: only its yes says something.
+        if (!accepted && validator->specialContentValidatorCount() > 0 && validator->codecValidatorCount() == 0)
+            continue;
+        if (trials != nullptr) trials->push_back({validator, match, tooLarge});
+        if (accepted && !tooLarge) return FilterReason::accepted;
         // A refusal goes on too: a later list may accept what an earlier one refused.
-        if (matched && shouldCopy && (!limitTo4G || isBelow4G(path, known))) return true;
+        if (reason != FilterReason::tooLarge) reason = tooLarge ? FilterReason::tooLarge : FilterReason::refused;
     }
-    return false;
+    return reason;
 }
 
 bool VTFileValidator::isBelow4G(const std::string& path, const FileAttributes* known) const {

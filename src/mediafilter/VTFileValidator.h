@@ -6,11 +6,13 @@
 #pragma once
 
 #include "base/Paths.h"
+#include "base/Result.h"
 #include "mediafilter/ExclusionTables.h"
 #include "mediafilter/ValidatorOwner.h"
 #include "platform/FileService.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -23,6 +25,9 @@ class MediaFacts;
 class MediaPass;
 class MediaServices;
 class NameIndex;
+struct FilterTrial;
+struct FilterVerdict;
+enum class FilterReason : std::uint8_t;
 class VTContainerValidator;
 using ContainerValidatorList = std::vector<const VTContainerValidator*>;
 
@@ -48,12 +53,19 @@ class VTFileValidator {
     [[nodiscard]] bool shouldCopyKnownItem(const std::string& path, std::string_view baseName, bool limitTo4G,
                                            const FileAttributes* known) const;
 
+    // The answer with its reasons, whether or not a cancel is pending. An error where nothing is at `path`.
+    [[nodiscard]] Result<FilterVerdict> explain(const std::string& path, bool limitTo4G, MediaFacts& facts) const;
+
   private:
-    [[nodiscard]] bool isExcluded(const std::string& standardPath, std::string_view baseName) const;
+    // `path` is standardised; `trials` may be null.
+    [[nodiscard]] FilterReason judge(const std::string& path, std::string_view baseName, bool limitTo4G,
+                                     const FileAttributes* known, MediaFacts& facts,
+                                     std::vector<FilterTrial>* trials) const;
     [[nodiscard]] bool isPackage(const std::string& path) const;
     [[nodiscard]] bool isBelow4G(const std::string& path, const FileAttributes* known) const;
-    [[nodiscard]] bool anyValidatorAccepts(const std::string& path, std::string_view baseName, bool limitTo4G,
-                                           const FileAttributes* known) const;
+    [[nodiscard]] FilterReason askValidators(const std::string& path, std::string_view baseName, bool limitTo4G,
+                                             const FileAttributes* known, MediaFacts& facts,
+                                             std::vector<FilterTrial>* trials) const;
 
     HomePaths _homePaths;
     FileService& _files;

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <sstream>
@@ -72,6 +73,8 @@ const std::map<std::string, std::string>& commands() {
              " -disposition:v:0 attached_pic -f ipod"},
         {"book-cover-track.m4b",
          tone + " -f lavfi -i testsrc=size=64x64:rate=1:duration=1 -map 0:a -map 1:v -c:v png" + aac + " -f mov"},
+        {"h264-two-seconds.mp4",
+         " -f lavfi -i testsrc=duration=2:rate=25:size=320x240" + tone + h264 + aac + " -g 250"},
         {"h263-silent.3gp", picturesOf("176x144", 15) + " -c:v h263"},
     };
     return all;
@@ -107,6 +110,67 @@ std::string amrSilence() {
     return bytes;
 }
 
+// The first place where `from` stands in the file, overwritten.
+std::string withCode(std::string movie, const std::string& from, const std::string& to) {
+    const std::size_t at = movie.rfind(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    return movie.replace(at, from.size(), to);
+}
+
+using Maker = std::function<void(CorpusFiles& corpus, const std::string& to)>;
+
+// A copy of another file under a name that means something else.
+Maker copyOf(const char* original) {
+    return [original](CorpusFiles& corpus, const std::string& to) { write(to, contentOf(corpus.path(original))); };
+}
+
+void makeAmr(CorpusFiles& corpus, const std::string& video, const std::string& to) {
+    const std::string amr = (corpus.folder() / "silence.amr").string();
+    write(amr, amrSilence());
+    run(" -i " + amr + video + " -c copy -f 3gp " + to);
+}
+
+// Files that are made of others, or without the program.
+const std::map<std::string, Maker>& makers() {
+    static const std::map<std::string, Maker> all = {
+        {"text.mp4", [](auto&, auto& to) { write(to, std::string(5000, 'a') + "\nnot a movie\n"); }},
+        {"text.aac", copyOf("text.mp4")},
+        {"empty.mp4", [](auto&, auto& to) { write(to, ""); }},
+        {"truncated.mp4",
+         [](auto& corpus, auto& to) {
+             const std::string whole = contentOf(corpus.path("h264.mp4"));
+             write(to, whole.substr(0, whole.size() / 2));
+         }},
+        {"disabled-sound.mp4",
+         [](auto& corpus, auto& to) { write(to, withDisabledTrack(contentOf(corpus.path("h264.mp4")), 1)); }},
+        {"disabled-everything.mp4",
+         [](auto& corpus, auto& to) {
+             write(to, withDisabledTrack(withDisabledTrack(contentOf(corpus.path("h264.mp4")), 0), 1));
+         }},
+        {"protected.m4v",
+         [](auto& corpus, auto& to) {
+             const std::string film = withCode(contentOf(corpus.path("h264.mp4")), "avc1", "drmi");
+             write(to, withCode(film, "mp4a", "drms"));
+         }},
+        {"protected.m4a",
+         [](auto& corpus, auto& to) { write(to, withCode(contentOf(corpus.path("aac.m4a")), "mp4a", "drms")); }},
+        // The second half of a film: an edit list hides the first.
+        {"h264-edited.mp4",
+         [](auto& corpus, auto& to) { run(" -ss 1 -i " + corpus.path("h264-two-seconds.mp4") + " -c copy " + to); }},
+        {"clip.3g2x", copyOf("h264.3gp")},
+        {"Movie.MP4", copyOf("h264.mp4")},
+        {"h264.m4v", copyOf("h264.mp4")},
+        {"cover-track.m4a", copyOf("book-cover-track.m4b")},
+        {"film.m4a", copyOf("h264.mp4")},
+        {"film.m4b", copyOf("h264.mp4")},
+        {"sound.mp4", copyOf("aac.m4a")},
+        {"sound.mov", copyOf("alac.m4a")},
+        {"amr.3gp", [](auto& corpus, auto& to) { makeAmr(corpus, "", to); }},
+        {"h263-amr.3gp", [](auto& corpus, auto& to) { makeAmr(corpus, " -i " + corpus.path("h263-silent.3gp"), to); }},
+    };
+    return all;
+}
+
 } // namespace
 
 CorpusFiles::CorpusFiles() {
@@ -129,22 +193,16 @@ std::string CorpusFiles::path(const std::string& name) {
 
 void CorpusFiles::make(const std::string& name, const std::string& to) {
     if (const auto command = commands().find(name); command != commands().end()) return run(command->second + " " + to);
-    if (name == "text.mp4" || name == "text.aac") return write(to, std::string(5000, 'a') + "\nnot a movie\n");
-    if (name == "empty.mp4") return write(to, "");
-    if (name == "truncated.mp4") {
-        const std::string whole = contentOf(path("h264.mp4"));
-        return write(to, whole.substr(0, whole.size() / 2));
-    }
-    if (name == "disabled-sound.mp4") return write(to, withDisabledTrack(contentOf(path("h264.mp4")), 1));
-    if (name == "clip.3g2x") return write(to, contentOf(path("h264.3gp")));
-    if (name == "cover-track.m4a") return write(to, contentOf(path("book-cover-track.m4b")));
-    if (name == "amr.3gp" || name == "h263-amr.3gp") {
-        const std::string amr = (_folder / "silence.amr").string();
-        write(amr, amrSilence());
-        const std::string video = name == "amr.3gp" ? "" : " -i " + path("h263-silent.3gp");
-        return run(" -i " + amr + video + " -c copy -f 3gp " + to);
-    }
-    ADD_FAILURE() << "nobody knows how to make " << name;
+    const auto maker = makers().find(name);
+    if (maker == makers().end()) return static_cast<void>(ADD_FAILURE() << "nobody knows how to make " << name);
+    maker->second(*this, to);
+}
+
+std::vector<std::string> CorpusFiles::names() {
+    std::vector<std::string> all;
+    for (const auto& [name, command] : commands()) all.push_back(name);
+    for (const auto& [name, maker] : makers()) all.push_back(name);
+    return all;
 }
 
 } // namespace vt

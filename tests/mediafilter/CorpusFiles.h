@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace vt {
 
@@ -16,6 +17,8 @@ class CorpusFiles {
 
     // The path of a file of this name; its content is made at the first call. Fails the test when it cannot be made.
     [[nodiscard]] std::string path(const std::string& name);
+    // Every name that is known, in a fixed order.
+    [[nodiscard]] static std::vector<std::string> names();
     [[nodiscard]] const std::filesystem::path& folder() const { return _folder; }
 
   private:

@@ -67,6 +67,42 @@ TEST_F(ProbeOfLinux, readsNothingWhileItDescribes) {
     EXPECT_EQ(probe.describe(**file).code(), EINVAL); // it has become empty
 }
 
+TEST_F(ProbeOfLinux, aFileThatVanishesIsDescribedAllTheSame) {
+    const std::string path = corpus.path("h264-silent.mp4");
+    auto file = probe.open(path);
+    ASSERT_TRUE(file.ok());
+    std::filesystem::remove(path);
+    EXPECT_EQ(probe.describe(**file).code(), EAGAIN);
+    ASSERT_TRUE((*file)->readMore().ok());
+    EXPECT_TRUE(probe.describe(**file).ok());
+}
+
+TEST_F(ProbeOfLinux, aFileThatGrowsIsSeenAsItWasOpened) {
+    const std::string path = corpus.path("h264-silent.mp4");
+    auto file = probe.open(path);
+    ASSERT_TRUE(file.ok());
+    std::ofstream(path, std::ios::binary | std::ios::app) << std::string(1'000'000, '\0');
+    EXPECT_EQ(probe.describe(**file).code(), EAGAIN);
+    ASSERT_TRUE((*file)->readMore().ok());
+    EXPECT_TRUE(probe.describe(**file).ok());
+}
+
+TEST_F(ProbeOfLinux, aFileThatIsCutWhileItIsReadIsNoMovie) {
+    const std::string path = corpus.path("h264-pcm.mov");
+    const auto whole = std::filesystem::file_size(path);
+    auto file = probe.open(path);
+    ASSERT_TRUE(file.ok());
+    EXPECT_EQ(probe.describe(**file).code(), EAGAIN);
+    ASSERT_TRUE((*file)->readMore().ok()); // the beginning; the index stands at the end
+    std::filesystem::resize_file(path, whole / 2);
+    Result<MediaDescription> movie = probe.describe(**file);
+    while (!movie.ok() && movie.code() == EAGAIN) {
+        ASSERT_TRUE((*file)->readMore().ok());
+        movie = probe.describe(**file);
+    }
+    EXPECT_EQ(movie.code(), EINVAL);
+}
+
 TEST_F(ProbeOfLinux, findsAnIndexBehindTheContent) {
     int rounds = 0;
     EXPECT_TRUE(describe(probe, corpus.path("h264-pcm.mov"), &rounds).ok());

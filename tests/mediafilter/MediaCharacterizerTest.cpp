@@ -179,6 +179,68 @@ TEST_F(Characterizer, shutDownReleasesTheWorker) {
     EXPECT_EQ(cache.size(), 0U);
 }
 
+// Something happens to the file as soon as it is open.
+class Meanwhile final : public MediaProbe {
+  public:
+    Meanwhile(MediaProbe& probe, std::function<void()> event) : _probe(probe), _event(std::move(event)) {}
+    Result<std::unique_ptr<MediaFile>> open(const std::string& path) override {
+        auto file = _probe.open(path);
+        _event();
+        return file;
+    }
+    Result<MediaDescription> describe(MediaFile& file) override { return _probe.describe(file); }
+
+  private:
+    MediaProbe& _probe;
+    std::function<void()> _event;
+};
+
+TEST_F(Characterizer, aFileThatGrowsOrVanishesMeanwhileIsNotRemembered) {
+    struct EventRow {
+        const char* title;
+        std::function<void()> event;
+    };
+    const EventRow rows[] = {
+        {"grows", [&] { files.items["/a.mp4"].size += 1; }},
+        {"is written over", [&] { files.items["/a.mp4"].statusChanged = Date::fromSeconds(77); }},
+        {"gets another's content", [&] { files.items["/a.mp4"].inode += 1; }},
+        {"vanishes", [&] { files.items.erase("/a.mp4"); }},
+    };
+    for (const EventRow& row : rows) {
+        files.addFile("/a.mp4", 100);
+        probe.files["/a.mp4"].movie = h264(1280, 720);
+        Meanwhile meanwhile(probe, row.event);
+        MediaCharacterizer watched(runLoop, meanwhile, preferences, files, &cache);
+        EXPECT_TRUE(watched.characterize("/a.mp4", 2, nullptr).record.valid) << row.title;
+        EXPECT_EQ(cache.size(), 0U) << row.title;
+        files.items.clear();
+        files.addFile("/a.mp4", 100);
+        const int before = probe.opened;
+        static_cast<void>(watched.characterize("/a.mp4", 2, nullptr));
+        EXPECT_EQ(probe.opened, before + 1) << row.title;
+        files.items.clear();
+    }
+}
+
+TEST_F(Characterizer, describesForAnExplanationWithoutRemembering) {
+    files.addFile("/a.mp4");
+    probe.files["/a.mp4"].movie = h264(1280, 720);
+    probe.files["/a.mp4"].roundsToRead = 3;
+    for (int i = 1; i <= 2; ++i) {
+        Result<MediaDescription> movie = Error{};
+        onWorker([&] { movie = characterizer.describe("/a.mp4"); });
+        ASSERT_TRUE(movie.ok());
+        EXPECT_EQ(movie->tracks.size(), 1U);
+        EXPECT_EQ(probe.opened, i);
+    }
+    EXPECT_EQ(cache.size(), 0U);
+    probe.files["/a.mp4"].error = EINVAL;
+    EXPECT_EQ(characterizer.describe("/a.mp4").code(), EINVAL);
+    runLoop.beginShutdown();
+    std::thread worker([&] { EXPECT_EQ(characterizer.describe("/a.mp4").code(), ECANCELED); });
+    worker.join();
+}
+
 class ThrowingProbe final : public MediaProbe {
   public:
     Result<std::unique_ptr<MediaFile>> open(const std::string&) override {

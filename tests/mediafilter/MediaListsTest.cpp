@@ -1,6 +1,7 @@
 #include "ExpectedLists.h"
 #include "ValidatorNames.h"
 #include "mediafilter/MediaClasses.h"
+#include "mediafilter/MediaTables.h"
 #include "mediafilter/VTContainerValidator.h"
 
 #include <gtest/gtest.h>
@@ -55,6 +56,14 @@ const ClassRow classes[] = {
     {"windowsRt", VTMediaClass::windowsRt, expected::videoWinrt, expected::audioWinrt, expected::picturesWinrt,
      expected::documentsAndroid},
 };
+
+TEST(MediaTables, aWaveValidatorIsBuiltAndInNoList) {
+    EXPECT_EQ(describe(mediatables::windowsRtWave()), ".*\\.wav$ 4 no VTAudioWindowsRTCodecValidator\n");
+    for (std::int32_t value = 0; value < 8; ++value)
+        for (const MediaKind kind : mediaKinds)
+            for (const VTContainerValidator* validator : mediaList(static_cast<VTMediaClass>(value), kind))
+                EXPECT_NE(validator, &mediatables::windowsRtWave());
+}
 
 class MediaLists : public testing::TestWithParam<ClassRow> {};
 

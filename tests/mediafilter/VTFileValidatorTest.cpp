@@ -40,6 +40,9 @@ class StatedMedia final : public MediaServices {
         result.record.containerType = containerType;
         return result;
     }
+    [[nodiscard]] Result<MediaDescription> describe(const std::string& path) override {
+        return Error::fromErrno(EINVAL, path);
+    }
     [[nodiscard]] std::optional<std::string> photoBoothLibrary() override {
         ++libraryReads;
         return library;

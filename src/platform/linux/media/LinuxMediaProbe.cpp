@@ -6,6 +6,7 @@ extern "C" {
 #include <libavformat/avformat.h>
 #include <libavutil/dict.h>
 #include <libavutil/log.h>
+#include <libavutil/mathematics.h>
 #include <libavutil/mem.h>
 }
 
@@ -35,6 +36,18 @@ double shownRate(const AVStream& stream) {
     const double even = stream.r_frame_rate.den > 0 ? av_q2d(stream.r_frame_rate) : 0;
     if (average <= 0) return std::max(even, 0.0);
     return std::abs(even - average) <= roughly * average ? even : average;
+}
+
+// In units of AV_TIME_BASE: the container's own duration, else that of its longest track; 0 where nothing tells it.
+std::int64_t shownDuration(const AVFormatContext& format) {
+    std::int64_t duration = std::max<std::int64_t>(format.duration, 0);
+    if (duration > 0) return duration;
+    for (unsigned i = 0; i < format.nb_streams; ++i) {
+        const AVStream& stream = *format.streams[i];
+        if (stream.duration > 0 && stream.time_base.num > 0)
+            duration = std::max(duration, av_rescale_q(stream.duration, stream.time_base, AV_TIME_BASE_Q));
+    }
+    return duration;
 }
 
 // One look at one file: the demuxer's context over the bytes that are there.
@@ -137,6 +150,8 @@ Result<MediaDescription> Look::describe() {
     av_dict_set(&options, "codec_whitelist", decoders, 0);
     av_dict_set(&options, "protocol_whitelist", "file", 0);
     av_dict_set(&options, "ignore_chapters", "1", 0);
+    // A track's duration is that of its media: what an edit list hides counts as it counts among the samples.
+    av_dict_set(&options, "ignore_editlist", "1", 0);
     av_dict_set(&options, "probesize", "1048576", 0);
     av_dict_set(&options, "analyzeduration", "1000000", 0);
     av_dict_set(&options, "max_streams", "256", 0);
@@ -150,7 +165,7 @@ Result<MediaDescription> Look::describe() {
 
     MediaDescription movie;
     movie.timeScale = AV_TIME_BASE;
-    movie.duration = std::max<std::int64_t>(_format->duration, 0);
+    movie.duration = shownDuration(*_format);
     for (unsigned i = 0; i < _format->nb_streams; ++i) {
         const AVStream& stream = *_format->streams[i];
         if ((stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0) movie.tracks.push_back(track(stream));
