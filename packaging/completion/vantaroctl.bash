@@ -46,7 +46,8 @@ _vantaroctl() {
         ;;
     set-list,0 | add,0 | drop,0) _vantaroctl_words drives ;;
     set-list,* | add,* | drop,*) _vantaroctl_files -f ;;
-    forget,0 | query,0 | list,0 | get,0 | set,0 | start,0 | stop,0 | status,0 | progress,0 | watch,0 | remove-sync,0 | eject,0)
+    explain,1) _vantaroctl_files -f ;;
+    forget,0 | explain,0 | query,0 | list,0 | get,0 | set,0 | start,0 | stop,0 | status,0 | progress,0 | watch,0 | remove-sync,0 | eject,0)
         _vantaroctl_words drives
         ;;
     esac

@@ -31,7 +31,7 @@ function __vantaroctl_options
     vantaroctl complete options (__vantaroctl_arguments)[1] 2>/dev/null
 end
 
-set -l drive_commands forget query list set-list add drop get set start stop status progress watch remove-sync eject
+set -l drive_commands forget explain query list set-list add drop get set start stop status progress watch remove-sync eject
 
 complete -c vantaroctl -f
 complete -c vantaroctl -n 'test -z "$(__vantaroctl_arguments)"' -a '(vantaroctl complete commands)'
@@ -44,3 +44,4 @@ complete -c vantaroctl -n '__vantaroctl_at 1 set' -a '(vantaroctl complete switc
 complete -c vantaroctl -n '__vantaroctl_at 2 set; and test (__vantaroctl_arguments)[3] = device-filter' -a '(vantaroctl complete classes)'
 complete -c vantaroctl -n '__vantaroctl_at 2 set; and test (__vantaroctl_arguments)[3] != device-filter' -a 'on off'
 complete -c vantaroctl -n '__vantaroctl_behind set-list add drop' -F
+complete -c vantaroctl -n '__vantaroctl_at 1 explain' -F

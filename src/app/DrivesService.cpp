@@ -26,8 +26,8 @@ Error withPathInText(Error error) {
 } // namespace
 
 DrivesService::DrivesService(DriveArrival::Collaborators collaborators, DriveArrival& arrival, ServedVolumes& served,
-                             EventDispatcher& events)
-    : _c(std::move(collaborators)), _arrival(arrival), _served(served), _events(events) {}
+                             EventDispatcher& events, FilterExplainer& explainer)
+    : _c(std::move(collaborators)), _arrival(arrival), _served(served), _events(events), _explainer(explainer) {}
 
 std::shared_ptr<VTSyncController> DrivesService::controllerAt(const std::string& path) const {
     if (!paths::isAbsolute(path)) return nullptr;
@@ -155,6 +155,15 @@ void DrivesService::eject(const std::string& path, Completion done) {
         return;
     }
     done(_c.services.volumes.unmount(paths::clean(path)));
+}
+
+void DrivesService::explain(const std::string& drive, const std::string& path, DriveCompletion done) {
+    const auto controller = controllerAt(drive);
+    if (!controller) {
+        done(notServed(drive));
+        return;
+    }
+    _explainer.explain(*controller, path, std::move(done));
 }
 
 void DrivesService::quit() {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/DriveArrival.h"
+#include "app/FilterExplainer.h"
 #include "app/ServedVolumes.h"
 #include "platform/SessionBus.h"
 #include "scripting/EventDispatcher.h"
@@ -14,7 +15,7 @@ namespace vt {
 class DrivesService final : public BusService {
   public:
     DrivesService(DriveArrival::Collaborators collaborators, DriveArrival& arrival, ServedVolumes& served,
-                  EventDispatcher& events);
+                  EventDispatcher& events, FilterExplainer& explainer);
 
     Result<EventDescriptor::Record> event(const BusEvent& event) override { return _events.dispatch(event); }
     std::vector<Value::Dictionary> drives() override;
@@ -23,6 +24,7 @@ class DrivesService final : public BusService {
     void forget(const std::string& path, Completion done) override;
     void progress(const std::string& path, DriveCompletion done) override;
     void eject(const std::string& path, Completion done) override;
+    void explain(const std::string& drive, const std::string& path, DriveCompletion done) override;
     void quit() override;
 
     // The arrival's news: completes adoptions that wait for the drive to be set up.
@@ -41,6 +43,7 @@ class DrivesService final : public BusService {
     DriveArrival& _arrival;
     ServedVolumes& _served;
     EventDispatcher& _events;
+    FilterExplainer& _explainer;
     std::list<WaitingAdoption> _waiting;
 };
 

@@ -39,6 +39,7 @@ struct VTApplicationController::Parts {
     DriveCommands commands;
     EventDispatcher events;
     ServedVolumes served;
+    FilterExplainer explainer;
     DrivesService drives;
 
     DriveArrival::Collaborators collaborators() {
@@ -81,7 +82,9 @@ VTApplicationController::Parts::Parts(ApplicationServices given)
       commands(collaborators(), configuration()), events(commands),
       served(services, identity, log, arrival,
              [this](const std::string& key) { return registry.controllerForKey(key) != nullptr; }),
-      drives(collaborators(), arrival, served, events) {
+      explainer({services.runLoop, services.threads, services.media, exclusions, localFiles->files(),
+                 services.system.home()}),
+      drives(collaborators(), arrival, served, events, explainer) {
     registry.appeared = [this](const std::string& mountPoint) { services.bus.driveAppeared(mountPoint); };
     arrival.arrived = [this](const std::string& mountPoint) { drives.driveArrived(mountPoint); };
     registry.disappeared = [this](const std::string& mountPoint) { services.bus.driveDisappeared(mountPoint); };

@@ -1,7 +1,8 @@
 // The agent's place on the user's session bus: scripting events, the drives, and signals about them.
 // Thread: main; every request is delivered there. Errors: see each operation; an error's code decides the bus error's
 // name
-//   (ENOENT: the drive is not served; EBUSY: a sync is in progress; anything else: failed), its text is the message.
+//   (ENOENT: the drive is not served; ENXIO: nothing is at a path; EBUSY: a sync is in progress; anything else:
+//   failed), its text is the message.
 #pragma once
 
 #include "base/EventDescriptor.h"
@@ -41,6 +42,8 @@ class BusService {
     // heard of the end of its sync.
     virtual void progress(const std::string& path, DriveCompletion done) = 0;
     virtual void eject(const std::string& path, Completion done) = 0;
+    // What the drive's media filter says about a file, and why.
+    virtual void explain(const std::string& drive, const std::string& path, DriveCompletion done) = 0;
     virtual void quit() = 0;
 };
 

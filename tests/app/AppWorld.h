@@ -83,6 +83,7 @@ struct AppWorld {
     FakeFileEvents events{loop};
     FakeSessionBus bus;
     StillThreads threads;
+    MediaServices* media = nullptr; // set before start()
     std::vector<std::chrono::milliseconds> slept;
     std::vector<int> quits;
     std::unique_ptr<VTApplicationController> app;
@@ -117,7 +118,7 @@ struct AppWorld {
                 .bus = bus,
                 .fileSystems = names,
                 .threads = &threads,
-                .media = nullptr,
+                .media = media,
                 .shell = nullptr,
                 .makeLogWindow = {},
                 .sleep = [this](std::chrono::milliseconds time) { slept.push_back(time); },

@@ -56,6 +56,10 @@ class StubService final : public BusService {
         asked.push_back("eject " + path);
         done(outcome);
     }
+    void explain(const std::string& drive, const std::string& path, DriveCompletion done) override {
+        asked.push_back("explain " + drive + " " + path);
+        done(driveAnswer);
+    }
     void quit() override { ended = true; }
 };
 
@@ -117,6 +121,21 @@ TEST_F(QtSessionBusTest, ASecondAgentIsTold) {
     bus.stop();
     EXPECT_TRUE(second.start(other).ok());
     second.stop();
+}
+
+TEST_F(QtSessionBusTest, ExplainCarriesADriveAndAFile) {
+    service.driveAnswer =
+        Value::Dictionary{{"accepted", true}, {"patterns", Value::Array{Value(Value::Dictionary{{"list", "movies"}})}}};
+    const QVariantList both{QStringLiteral("/media/stick"), QStringLiteral("/home/ada/a.mp4")};
+    QDBusMessage reply = ground.call(qtbus::drivesInterface, "Explain", both);
+    ASSERT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
+    EXPECT_EQ(reply.signature().toStdString(), "a{sv}");
+    EXPECT_EQ(service.asked.back(), "explain /media/stick /home/ada/a.mp4");
+    service.driveAnswer = Error{ENXIO, Disposition::skipItem, {}, "no such file"};
+    reply = ground.call(qtbus::drivesInterface, "Explain", both);
+    EXPECT_EQ(nameOf(reply), "com.corvane.vantaro.Error.NoSuchFile");
+    EXPECT_EQ(reply.errorMessage().toStdString(), "no such file");
+    EXPECT_EQ(nameOf(onPath("Explain", "/media/stick")), "org.freedesktop.DBus.Error.InvalidArgs");
 }
 
 TEST(QtSessionBusWithoutBus, StartSaysSo) {

@@ -88,7 +88,7 @@ class CommandLine(Scripted):
         rows = [("forget", "x"), ("query", "x"), ("list", "x"), ("set-list", "x"), ("add", "x", "y"), ("drop", "x", "y"),
                 ("get", "x", "quiet"), ("set", "x", "quiet", "on"), ("start", "x"), ("start", "x", "--wait"), ("stop", "x"),
                 ("status", "x"), ("progress", "x"), ("watch", "x"), ("remove-sync", "x"), ("eject", "x"),
-                ("adopt", "missing")]
+                ("explain", "x", "y"), ("adopt", "missing")]
         for row in rows:
             run = self.world.ctl(*row, check=False)
             self.assertEqual((run.returncode, run.out), (1, ""), row)
@@ -104,7 +104,7 @@ class CommandLine(Scripted):
         for row in (("drives",), ("volumes", "--json"), ("adopt", "x"), ("forget", "x"), ("query", "x"), ("list", "x"),
                     ("set-list", "x"), ("add", "x", "y"), ("drop", "x", "y"), ("get", "x", "quiet"),
                     ("set", "x", "quiet", "on"), ("start", "x"), ("stop", "x"), ("status", "x"), ("progress", "x"),
-                    ("watch",), ("remove-sync", "x"), ("eject", "x"), ("event", "vnTR", "QURY"), ("log", "--follow"), ("quit",)):
+                    ("watch",), ("remove-sync", "x"), ("eject", "x"), ("explain", "x", "y"), ("event", "vnTR", "QURY"), ("log", "--follow"), ("quit",)):
             run = self.world.ctl(*row, check=False)
             self.assertEqual(run.returncode, 3, row)
             self.assertEqual(run.err, "vantaroctl: the agent is not running", row)

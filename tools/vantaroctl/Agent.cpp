@@ -135,6 +135,10 @@ void Agent::eject(const QByteArray& path) {
     call(drivesInterface, "Eject", {busText(path)});
 }
 
+QJsonObject Agent::explain(const QString& mountPoint, const QByteArray& path) {
+    return toJson(qdbus_cast<QVariantMap>(call(drivesInterface, "Explain", {mountPoint, busText(path)}).value(0)));
+}
+
 QJsonObject Agent::progress(const QString& mountPoint) {
     return toJson(qdbus_cast<QVariantMap>(call(drivesInterface, "Progress", {mountPoint}).value(0)));
 }

@@ -24,6 +24,8 @@ class Agent : public QObject {
     [[nodiscard]] QJsonObject adopt(const QByteArray& path);
     void forget(const QByteArray& path);
     void eject(const QByteArray& path);
+    // What the drive's media filter says about a file, with its reasons.
+    [[nodiscard]] QJsonObject explain(const QString& mountPoint, const QByteArray& path);
     [[nodiscard]] QJsonObject progress(const QString& mountPoint);
 
     // Sends one event about a drive; an error in the reply is a Failure.

@@ -9,7 +9,7 @@
 namespace ctl {
 
 std::span<const Command> commands() {
-    static const std::array<Command, 23> rows = {{
+    static const std::array<Command, 24> rows = {{
         {"drives", "", "Show the drives that the agent serves.", "vantaroctl drives --json", 0, 0, "json", listDrives},
         {"volumes", "", "Show every mounted volume the agent could serve, and why it does not.", "vantaroctl volumes",
          0, 0, "json", listVolumes},
@@ -30,6 +30,8 @@ std::span<const Command> commands() {
          "vantaroctl get Stick device-filter", 2, 2, "", getSetting},
         {"set", "DRIVE NAME VALUE", "Change a setting of the drive.", "vantaroctl set Stick continuous off", 3, 3, "",
          setSetting},
+        {"explain", "DRIVE FILE", "Tell whether the drive's media filter lets a file pass, and why.",
+         "vantaroctl explain Stick ~/Movies/film.mp4", 2, 2, "json", explainFile},
         {"start", "DRIVE", "Start a sync.", "vantaroctl start Stick --wait", 1, 1, "wait timeout", startSync},
         {"stop", "DRIVE", "Cancel the drive's syncs.", "vantaroctl stop Stick", 1, 1, "", stopSync},
         {"status", "DRIVE", "Show every user of the drive.", "vantaroctl status Stick --json", 1, 1, "json",
@@ -89,6 +91,7 @@ QString argumentHelp(const QByteArray& command) {
     if (command == "set-list" || command == "add" || command == "drop")
         return "Waits until the drive is idle, 600 seconds unless --timeout says otherwise.";
     if (command == "start") return "--wait shows the progress and returns when the sync has ended.";
+    if (command == "explain") return "FILE need not lie in anything that is on the sync list.";
     if (command == "debug") return "Works without a running agent too, and holds from the next line on.";
     return {};
 }

@@ -38,6 +38,7 @@ int addToList(const CommandLine& line);
 int dropFromList(const CommandLine& line);
 int getSetting(const CommandLine& line);
 int setSetting(const CommandLine& line);
+int explainFile(const CommandLine& line);
 int startSync(const CommandLine& line);
 int stopSync(const CommandLine& line);
 int showStatus(const CommandLine& line);

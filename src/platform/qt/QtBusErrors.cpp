@@ -17,7 +17,7 @@ constexpr Name names[] = {
     {ENOENT, "NotServed"},    {EBUSY, "Busy"},         {ENOSYS, "UnknownEvent"},  {EACCES, "AccessDenied"},
     {EPERM, "AccessDenied"},  {ENOTDIR, "NotAFolder"}, {EINVAL, "Invalid"},       {ENODEV, "DriveGone"},
     {EROFS, "ReadOnly"},      {ETIMEDOUT, "TimedOut"}, {EEXIST, "AlreadyServed"}, {ENOTSUP, "NotSupported"},
-    {ECANCELED, "Cancelled"},
+    {ECANCELED, "Cancelled"}, {ENXIO, "NoSuchFile"},
 };
 
 } // namespace

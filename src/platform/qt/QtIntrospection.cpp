@@ -38,6 +38,11 @@ const char* const introspectionXml =
     <method name="Eject">
       <arg name="path" type="s" direction="in"/>
     </method>
+    <method name="Explain">
+      <arg name="path" type="s" direction="in"/>
+      <arg name="file" type="s" direction="in"/>
+      <arg name="answer" type="a{sv}" direction="out"/>
+    </method>
     <signal name="Appeared">
       <arg name="mountPoint" type="s"/>
     </signal>

@@ -25,8 +25,8 @@ QString latin(const char* text) {
     return QString::fromLatin1(text);
 }
 
-std::string pathArgument(const QDBusMessage& message) {
-    return message.arguments().value(0).toString().toUtf8().toStdString();
+std::string pathArgument(const QDBusMessage& message, qsizetype index = 0) {
+    return message.arguments().value(index).toString().toUtf8().toStdString();
 }
 
 // An array of dictionaries as aa{sv}.
@@ -79,6 +79,8 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
         } else if (drives && (member == latin("Adopt") || member == latin("Forget") || member == latin("Progress") ||
                               member == latin("Eject"))) {
             if (hasSignature(message, connection, "s")) onPath(member, message, connection);
+        } else if (drives && member == latin("Explain")) {
+            if (hasSignature(message, connection, "ss")) explain(message, connection);
         } else if (interface.startsWith(latin("com.corvane.vantaro."))) {
             connection.send(message.createErrorReply(QDBusError::UnknownMethod,
                                                      interface + latin(" has no method \"") + member + latin("\"")));
@@ -115,6 +117,12 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
             auto owed = std::make_shared<QtBusReply>(message, connection, QtBusReply::Missing::notServed);
             _service.progress(path, [owed](const Result<Value::Dictionary>& answer) { owed->answer(answer); });
         }
+    }
+
+    void explain(const QDBusMessage& message, const QDBusConnection& connection) {
+        auto owed = std::make_shared<QtBusReply>(message, connection, QtBusReply::Missing::notServed);
+        _service.explain(pathArgument(message), pathArgument(message, 1),
+                         [owed](const Result<Value::Dictionary>& answer) { owed->answer(answer); });
     }
 
     void send(const QDBusMessage& message, const QDBusConnection& connection) {
