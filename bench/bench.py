@@ -18,6 +18,7 @@ import sys
 import time
 
 from agent import Agent
+import media
 
 TOOLS = ("vantaro", "rsync -a", "cp -a")
 ROUNDS = 5
@@ -188,14 +189,17 @@ def main():
                 for kind, sample in zip(("first", "unchanged"), run):
                     results[load.name][tool][kind].append(sample)
         rounds += 1
+    print("media filter", file=sys.stderr)
+    filtering = media.measure(work, programs, quick)
     machine = {"kernel": platform.release(), "cores": os.cpu_count(), "rounds": rounds, "coldCaches": cold,
                "fileSystem": subprocess.run(["stat", "-f", "-c", "%T", work], capture_output=True, text=True,
                                             check=True).stdout.strip()}
     summary = {load.name: {tool: {kind: medians(samples) for kind, samples in kinds.items()}
                            for tool, kinds in results[load.name].items()} for load in loads}
     with open(os.path.join(project, "build", "bench.json"), "w", encoding="utf-8") as file:
-        json.dump({"machine": machine, "medians": summary, "samples": results}, file, indent=1)
+        json.dump({"machine": machine, "medians": summary, "samples": results, "mediaFilter": filtering}, file, indent=1)
     print(table(results, loads, rounds, cold))
+    print(media.table(filtering))
 
 
 if __name__ == "__main__":
