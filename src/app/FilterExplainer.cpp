@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <exception>
 #include <map>
 #include <utility>
 
@@ -55,11 +56,28 @@ struct FilterExplainer::Question {
 struct FilterExplainer::Open {
     std::map<std::size_t, Completion> completions;
     std::size_t next = 0;
+    void answer(std::size_t number, const Result<Value::Dictionary>& reply) {
+        const auto waiting = completions.extract(number);
+        waiting.mapped()(reply);
+    }
 };
 
 FilterExplainer::FilterExplainer(Services services) : _services(std::move(services)), _open(std::make_shared<Open>()) {}
 
 FilterExplainer::~FilterExplainer() = default;
+
+Result<Value::Dictionary> FilterExplainer::answerTo(const Question& question, MediaServices* media) {
+    try {
+        FilterAnswer answer;
+        FreshFacts facts(media, answer);
+        auto verdict = question.validator->explain(question.path, question.limitTo4G, facts);
+        if (!verdict.ok()) return lookError(verdict.error());
+        answer.verdict = std::move(*verdict);
+        return answerDictionary(question.asked, answer);
+    } catch (const std::exception& exception) { // memory, most likely; nothing crosses the thread's entry
+        return Error{ENOMEM, Disposition::skipItem, question.path, exception.what()};
+    }
+}
 
 void FilterExplainer::explain(VTSyncController& controller, const std::string& path, Completion done) {
     if (!paths::isAbsolute(path)) {
@@ -67,7 +85,7 @@ void FilterExplainer::explain(VTSyncController& controller, const std::string& p
                    formatText("\"%@\" is not an absolute path", {paths::displayText(path)})});
         return;
     }
-    if (_open->completions.size() >= mostAtOnce || _services.threads == nullptr) {
+    if (_open->completions.size() >= mostAtOnce) {
         done(Error{EBUSY, Disposition::skipItem, path, "other files are still being looked at"});
         return;
     }
@@ -82,24 +100,14 @@ void FilterExplainer::explain(VTSyncController& controller, const std::string& p
 
     const std::size_t number = _open->next++;
     _open->completions.emplace(number, std::move(done));
-    auto look = [question, number, services = _services, open = std::weak_ptr<Open>(_open)] {
-        FilterAnswer answer;
-        FreshFacts facts(services.media, answer);
-        auto verdict = question->validator->explain(question->path, question->limitTo4G, facts);
-        if (verdict.ok()) answer.verdict = *verdict;
-        const Result<Value::Dictionary> reply =
-            verdict.ok() ? Result<Value::Dictionary>(answerDictionary(question->asked, answer))
-                         : Result<Value::Dictionary>(lookError(verdict.error()));
-        services.runLoop.performLater([open, number, reply] {
-            const auto still = open.lock();
-            if (!still) return;
-            const auto waiting = still->completions.extract(number);
-            waiting.mapped()(reply);
+    auto look = [question, number, media = _services.media, &runLoop = _services.runLoop,
+                 open = std::weak_ptr<Open>(_open)] {
+        runLoop.performLater([open, number, reply = answerTo(*question, media)] {
+            if (const auto still = open.lock()) still->answer(number, reply);
         });
     };
-    if (_services.threads->start(stackBytes, std::move(look))) return;
-    const auto waiting = _open->completions.extract(number);
-    waiting.mapped()(Error{EAGAIN, Disposition::skipItem, path, "there is no thread to look at the file"});
+    if (_services.threads == nullptr || !_services.threads->start(stackBytes, std::move(look)))
+        _open->answer(number, Error{EAGAIN, Disposition::skipItem, path, "there is no thread to look at the file"});
 }
 
 } // namespace vt

@@ -41,6 +41,8 @@ class FilterExplainer {
   private:
     struct Question;
     struct Open;
+    // On the thread that looks.
+    [[nodiscard]] static Result<Value::Dictionary> answerTo(const Question& question, MediaServices* media);
     Services _services;
     std::shared_ptr<Open> _open;
 };
