@@ -98,6 +98,16 @@ class CommandLine(Scripted):
             self.assertEqual(json.loads(run.out), {"error": {"number": None, "message": '"x" is not a served drive'}})
             self.assertEqual((run.returncode, run.err), (1, 'vantaroctl: "x" is not a served drive'))
 
+    def test_a_log_that_is_no_file_is_never_waited_for(self):
+        self.world.stop()
+        log = self.world.home / "Library/Logs/Vantaro.log"
+        log.unlink()
+        for make, remove in ((os.mkfifo, os.unlink), (os.mkdir, os.rmdir)):
+            make(log)
+            run = self.world.ctl("log", check=False)
+            self.assertEqual((run.returncode, run.out, run.err), (1, "", f"vantaroctl: there is no log at {log}"))
+            remove(log)
+
     def test_three_without_an_agent(self):
         self.client.close()
         self.world.stop()

@@ -3,6 +3,7 @@
 #include "vantaroctl/UserFolders.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 
 namespace ctl {
@@ -10,6 +11,7 @@ namespace ctl {
 AgentLog::AgentLog() : _path(homeFolder() + "/Library/Logs/Vantaro.log") {}
 
 QByteArray AgentLog::readNew() {
+    if (!QFileInfo(_path).isFile()) return {}; // a pipe in its place would be waited for
     QFile file(_path);
     if (!file.open(QIODevice::ReadOnly)) return {};
     if (file.size() < _offset) _offset = 0;

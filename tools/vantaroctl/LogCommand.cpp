@@ -3,7 +3,7 @@
 #include "vantaroctl/Failure.h"
 #include "vantaroctl/Waiting.h"
 
-#include <QFile>
+#include <QFileInfo>
 
 #include <cstdio>
 
@@ -20,7 +20,9 @@ void write(const QByteArray& bytes) {
 
 int showLog(const CommandLine& line) {
     AgentLog log;
-    if (!QFile::exists(log.path())) throw Failure{agentError, "there is no log at " + log.path()};
+    const QFileInfo file(log.path());
+    if (!file.isFile()) throw Failure{agentError, "there is no log at " + log.path()};
+    if (!file.isReadable()) throw Failure{agentError, "the log cannot be read: " + log.path()};
     write(log.readNew());
     if (!line.follow) return done;
     Agent agent;
