@@ -69,6 +69,14 @@ TEST(Doubts, oneThatSomebodyChangedSinceIsSetAsideFirst) {
     EXPECT_EQ(world.read(std::string(archive) + "/2013-05-21/ada_Workbench/Music/a.mp3"), "theirs");
 }
 
+TEST(Doubts, oneThatIsLaterThanWhatTheComputerHasNowIsSetAsideFirst) {
+    DoubtfulWorld world;
+    world.write("/home/ada/Music/a.mp3", "an older version", at(-70));
+    world.sync();
+    EXPECT_EQ(world.read(copied), "an older version");
+    EXPECT_EQ(world.read(std::string(archive) + "/2013-05-21/ada_Workbench/Music/a.mp3"), "whole content");
+}
+
 TEST(Doubts, onceFlushedNothingIsCopiedAgain) {
     DoubtfulWorld world;
     world.sync();

@@ -255,6 +255,7 @@ TEST_F(JournalTest, ACopyIsKnownByItsDateAlsoWhereTheDriveKeepsItLessExactly) {
     FileAttributes staged;
     staged.kind = FileKind::regular;
     staged.size = 1;
+    staged.modified = Date::fromSeconds(1000, 7);
     const std::vector<std::pair<std::string, Date>> rows{{"exact", Date::fromSeconds(1000, 7)},
                                                          {"lowered", Date::fromSeconds(998, 8)},
                                                          {"later", Date::fromSeconds(1000, 8)},

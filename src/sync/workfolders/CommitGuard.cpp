@@ -28,14 +28,16 @@ bool CommitGuard::aboutToReplace(const std::string& staged, const FileAttributes
     const bool equal = stagedAttributes.isRegular() && present.isRegular() && stagedAttributes.size == present.size &&
                        stagedAttributes.modified == present.modified;
     if (equal) return false;
-    return !durable || _incomplete.contains(staged) || !isAsSeen(destination, present);
+    return !durable || _incomplete.contains(staged) || !isAsSeen(stagedAttributes, destination, present);
 }
 
-bool CommitGuard::isAsSeen(const std::string& destination, const FileAttributes& present) const {
+bool CommitGuard::isAsSeen(const FileAttributes& staged, const std::string& destination,
+                           const FileAttributes& present) const {
     if (_services.journal != nullptr) {
-        // A copy of ours that a crash may have left short is worth nothing; one that changed since is the person's.
+        // A copy of ours that a crash may have left short is worth nothing, unless the computer has no more than an
+        // older file to put in its place; one that changed since is the person's.
         if (const auto written = _services.journal->dateGiven(destination))
-            return isDateGiven(present.modified, *written);
+            return isDateGiven(present.modified, *written) && !isLater(present, staged);
     }
     const auto found = _seen.find(destination);
     if (found == _seen.end()) {
@@ -53,11 +55,20 @@ bool CommitGuard::isAsSeen(const std::string& destination, const FileAttributes&
     return same;
 }
 
+std::int64_t CommitGuard::granularity() const {
+    return std::max<std::int64_t>(_services.destination != nullptr ? _services.destination->dateGranularity : 1, 1);
+}
+
 // The drive may have kept the date that a copy was given less exactly, never later.
 bool CommitGuard::isDateGiven(Date present, Date given) const {
-    const std::int64_t granularity = _services.destination != nullptr ? _services.destination->dateGranularity : 1;
     const std::int64_t lost = given.nanoseconds() - present.nanoseconds();
-    return lost >= 0 && lost < std::max<std::int64_t>(granularity, 1);
+    return lost >= 0 && lost < granularity();
+}
+
+// By more than the drive may have added to the date of either.
+bool CommitGuard::isLater(const FileAttributes& present, const FileAttributes& staged) const {
+    return present.isRegular() && staged.isRegular() &&
+           present.modified.nanoseconds() - staged.modified.nanoseconds() >= granularity();
 }
 
 std::optional<std::string> CommitGuard::keep(const std::string& from, const std::string& destination) {

@@ -60,7 +60,10 @@ class CommitGuard : public ReplacementGuard, public StagingWatch {
     [[nodiscard]] std::string finalPath(const std::string& staged) const;
 
   private:
-    [[nodiscard]] bool isAsSeen(const std::string& destination, const FileAttributes& present) const;
+    [[nodiscard]] bool isAsSeen(const FileAttributes& staged, const std::string& destination,
+                                const FileAttributes& present) const;
+    [[nodiscard]] bool isLater(const FileAttributes& present, const FileAttributes& staged) const;
+    [[nodiscard]] std::int64_t granularity() const; // of the drive's dates, nanoseconds, at least 1
     [[nodiscard]] bool isDateGiven(Date present, Date given) const;
 
     std::string _target;
