@@ -24,8 +24,8 @@ void replyError(const QDBusMessage& call, const QDBusConnection& connection, con
 
 } // namespace qtbus
 
-QtBusReply::QtBusReply(QDBusMessage call, QDBusConnection connection, Missing missing)
-    : _call(std::move(call)), _connection(std::move(connection)), _missing(missing) {}
+QtBusReply::QtBusReply(const QDBusMessage& call, QDBusConnection connection, Missing missing)
+    : _call(call), _connection(std::move(connection)), _missing(missing) {}
 
 QtBusReply::~QtBusReply() {
     if (!_answered) fail(Error{ECANCELED, Disposition::goOn, {}, "the request was dropped"});

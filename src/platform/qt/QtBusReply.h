@@ -22,7 +22,7 @@ class QtBusReply {
   public:
     // What ENOENT means for the call: the drive is not served, or the path does not exist.
     enum class Missing : std::uint8_t { notServed, noSuchFile };
-    QtBusReply(QDBusMessage call, QDBusConnection connection, Missing missing);
+    QtBusReply(const QDBusMessage& call, QDBusConnection connection, Missing missing);
     ~QtBusReply();
     QtBusReply(const QtBusReply&) = delete;
     QtBusReply& operator=(const QtBusReply&) = delete;
