@@ -68,6 +68,8 @@ class CompletionTest(unittest.TestCase):
         self.assertEqual(self.offered("adopt", "P"), ["Pictures"])
         self.assertEqual(sorted(self.offered("add", "b", "P")), ["Pictures", "Plan.txt"])
         self.assertEqual(self.offered("add", "b", "Pictures", "Pl"), ["Plan.txt"])
+        self.assertEqual(self.offered("explain", "b", "Pl"), ["Plan.txt"])
+        self.assertEqual(self.offered("explain", "b", "Plan.txt", "P"), [])
 
 
 if __name__ == "__main__":
