@@ -3,6 +3,7 @@
 import ctypes
 import json
 import os
+import plistlib
 import shutil
 import struct
 import subprocess
@@ -143,6 +144,29 @@ class Media(SystemTest):
         make_film(self.movies / "later.mp4")
         self.world.sync(self.drive)
         self.assertEqual(self.copies(), {"small.mp4", "later.mp4"})
+
+    def test_libraries_pass_whole_or_not_at_all(self):
+        pictures = self.world.home / "Pictures"
+        for name in ("Trip.photolibrary/Database/index.bin", "Trip.photolibrary/Masters/a.jpg", "Booth/raw.bin",
+                     "Booth 2/raw.bin", "Other/raw.bin"):
+            write(pictures / name)
+        booth = self.world.home / ".config/com.apple.PhotoBooth/defaults.plist"
+        booth.parent.mkdir(parents=True)
+        booth.write_bytes(plistlib.dumps({"LibraryPath": str(pictures / "Booth")}))
+        self.world.ctl("add", self.drive, pictures)
+        self.world.ctl("set", self.drive, "device-filter", "windows-rt")
+        self.world.sync(self.drive)
+        self.assertFalse((copies_folder(self.drive) / "Pictures").exists())
+        self.assertEqual(self.explain(pictures / "Booth/raw.bin")["reason"], "no pattern")
+        self.world.ctl("set", self.drive, "device-filter", "apple-high")
+        self.world.sync(self.drive)
+        copies = copies_folder(self.drive) / "Pictures"
+        self.assertEqual(sorted(str(p.relative_to(copies)) for p in copies.rglob("*") if p.is_file()),
+                         ["Booth 2/raw.bin", "Booth/raw.bin", "Trip.photolibrary/Database/index.bin",
+                          "Trip.photolibrary/Masters/a.jpg"])  # the library's path is a plain prefix
+        self.assertEqual(self.explain(pictures / "Booth/raw.bin")["reason"], "library")
+        library = self.explain(pictures / "Trip.photolibrary")
+        self.assertEqual((library["accepted"], library["reason"], library["kind"]), (True, "name", "folder"))
 
     def test_looks_into_no_film_again(self):
         self.world.stop()
