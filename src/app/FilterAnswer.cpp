@@ -126,7 +126,7 @@ Value::Dictionary answerDictionary(const FilterQuestion& question, const FilterA
     std::string explanation = filterwords::sentence(verdict, answer.record);
     if (verdict.reason == FilterReason::noPattern)
         for (const std::string& list : listsThatWouldAsk(question, verdict.path))
-            explanation += formatText("; %@ would ask further, and is switched off", {list});
+            explanation += formatText("; the %@ list has a pattern for it and is switched off", {list});
 
     Value::Dictionary reply;
     reply.emplace("accepted", accepts(verdict.reason));

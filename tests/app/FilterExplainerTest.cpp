@@ -147,8 +147,9 @@ TEST_F(FilterExplainerTest, ASwitchThatIsOffIsNamed) {
     world.controllerAt("disk8s1")->setSyncPicturesState(false);
     answerTo("/home/ada/Music/a.jpg");
     EXPECT_EQ(text("reason"), "no pattern");
-    EXPECT_EQ(text("explanation"), "no pattern of the lists that are switched on matches its name; pictures would ask "
-                                   "further, and is switched off");
+    EXPECT_EQ(text("explanation"),
+              "no pattern of the lists that are switched on matches its name; the pictures list has "
+              "a pattern for it and is switched off");
 }
 
 TEST_F(FilterExplainerTest, ErrorsAreClear) {

@@ -24,11 +24,11 @@ QString detailsOf(const QJsonObject& track) {
 
 void printContents(const QJsonObject& answer) {
     if (!answer["examined"].toBool()) {
-        printLine("Nobody looked inside.");
+        if (answer["kind"] == "file") printLine("Nobody looked inside.");
         return;
     }
     if (!answer["movie"].toBool()) {
-        printLine("Inside it is no movie that can be read: " + shown(answer["problem"].toString()));
+        printLine("It cannot be read as a movie: " + shown(answer["problem"].toString()) + ".");
         return;
     }
     const QJsonArray tracks = answer["tracks"].toArray();
