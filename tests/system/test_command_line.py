@@ -108,6 +108,12 @@ class CommandLine(Scripted):
             self.assertEqual((run.returncode, run.out, run.err), (1, "", f"vantaroctl: there is no log at {log}"))
             remove(log)
 
+    def test_an_answer_that_cannot_be_written_is_no_success(self):
+        with open("/dev/full", "w") as full:
+            run = subprocess.run([str(support.BIN / "vantaroctl"), "drives", "--json"], env=self.world.env, stdout=full,
+                                 stderr=subprocess.PIPE, text=True)
+        self.assertEqual((run.returncode, run.stderr), (1, "vantaroctl: the answer could not be written\n"))
+
     def test_three_without_an_agent(self):
         self.client.close()
         self.world.stop()

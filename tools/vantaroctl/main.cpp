@@ -10,8 +10,11 @@ int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     QList<QByteArray> arguments;
     for (int i = 1; i < argc; ++i) arguments.append(argv[i]);
-    const int code = ctl::runProgram(arguments);
+    int code = ctl::runProgram(arguments);
     // QtDBus's own thread may still be at work: nothing that it uses is taken apart under it.
-    std::fflush(nullptr);
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        std::fputs("vantaroctl: the answer could not be written\n", stderr);
+        if (code == 0) code = 1;
+    }
     std::_Exit(code);
 }
