@@ -175,6 +175,25 @@ TEST_F(LinuxFilesTest, refusedAccessIsAskedAboutAndTheRestGoes) {
     EXPECT_THAT(pathsOf(_files, _files, _folder.path()), testing::ElementsAre("t/", "t/shut/", "t/shut/b"));
 }
 
+TEST_F(LinuxFilesTest, aFolderClosedToWritingMovesAndStaysClosed) {
+    buildTree(_files, _files, _folder.path(), {file("from/old/a", "1"), file("to/new/b", "2")});
+    for (const std::string path : {"from", "from/old", "to", "to/new"})
+        ASSERT_EQ(::chown((_folder / path).c_str(), nobody, nobody), 0);
+    ASSERT_TRUE(_files.setMode(_folder.path(), 0755).ok());
+    ASSERT_TRUE(_files.setMode(_folder / "from/old", 0555).ok());
+    ASSERT_TRUE(_files.setMode(_folder / "to/new", 0500).ok());
+    const std::string answer = asUser(nobody, [&]() -> std::string {
+        LinuxFiles files;
+        const int exchanged = files.move(_folder / "from/old", _folder / "to/new", Replace::exchange).code();
+        const int moved = files.move(_folder / "to/new", _folder / "to/old", Replace::never).code();
+        return expectEqual("exchange", exchanged, 0) + expectEqual("move", moved, 0);
+    });
+    EXPECT_EQ(answer, "");
+    EXPECT_EQ(_files.read(_folder / "to/old/a", 10).valueOr(""), "1");
+    EXPECT_EQ(_files.attributes(_folder / "to/old")->mode, 0555U);
+    EXPECT_EQ(_files.attributes(_folder / "from/old")->mode, 0500U);
+}
+
 TEST_F(LinuxFilesTest, anEmptyQuestionEndsARemovalAtItsFirstError) {
     buildTree(_files, _files, _folder.path(), {file("t/a", "1"), file("t/b", "2")});
     ASSERT_TRUE(_files.setImmutable(_folder / "t/a", true).ok());

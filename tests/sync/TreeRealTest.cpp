@@ -4,6 +4,7 @@
 #include "platform/fake/FakeWorkspace.h"
 #include "platform/linux/LinuxFiles.h"
 #include "platform/linux/LinuxItemCopy.h"
+#include "support/Child.h"
 #include "support/TemporaryFolder.h"
 #include "sync/journal/CopyJournal.h"
 #include "sync/keep/BesideNames.h"
@@ -12,6 +13,7 @@
 #include "sync/workfolders/WorkFolders.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <optional>
 #include <sys/stat.h>
 
@@ -92,6 +94,30 @@ TEST_F(TreeRealTest, EditedFilesReplaceOldOnesAndStrangersAreKept) {
     EXPECT_EQ(pathsOf(files, files, root + "/P.rtfd"), (Lines{"x"}));
     // Nobody had announced "a".
     EXPECT_EQ(*files.read(drive / "Archived Vantaro Backups/2013-05-21/ann_box/a", 100), "old");
+}
+
+TEST_F(TreeRealTest, APackageWhoseFoldersAreClosedIsReplacedByItsOwner) {
+    buildTree(files, files, home.path(), {file("P.rtfd/shut/x", "new")});
+    buildTree(files, files, root, {file("P.rtfd/shut/x", "old"), file("P.rtfd/y", "old")});
+    for (const std::string& package : {home / "P.rtfd", root + "/P.rtfd"}) {
+        ASSERT_TRUE(files.setMode(package + "/shut", 0555).ok());
+        ASSERT_TRUE(files.setMode(package, 0500).ok());
+    }
+    for (const auto& folder : {home.path(), drive.path(), state.path()})
+        ASSERT_EQ(std::system(("chown -R nobody '" + folder + "'").c_str()), 0);
+    guard.expect(root + "/P.rtfd", {});
+    const std::string answer = asUser(65534, [&]() -> std::string {
+        const bool copied = tree->copyPathOntoPath(home / "P.rtfd", work + "/P.rtfd", true, reporter.get());
+        const bool committed = folders->processTempFolders();
+        return expectEqual("copied", copied, true) + expectEqual("committed", committed, true) +
+               expectEqual("left behind", left.size(), 0U) + expectEqual("alerts", controller->alerts.size(), 0U) +
+               expectEqual("work folder", files.attributes(work).code(), ENOENT);
+    });
+    EXPECT_EQ(answer, "");
+    EXPECT_EQ(pathsOf(files, files, root + "/P.rtfd"), (Lines{"shut/", "shut/x"}));
+    EXPECT_EQ(*files.read(root + "/P.rtfd/shut/x", 10), "new");
+    EXPECT_EQ(files.attributes(root + "/P.rtfd")->mode, 0500U);
+    EXPECT_EQ(files.attributes(root + "/P.rtfd/shut")->mode, 0555U);
 }
 
 TEST_F(TreeRealTest, TreesDeeperThanAPathMayBeLongAreCopied) {

@@ -201,7 +201,7 @@ TEST_F(WorkFoldersTest, WholeFolderThatCannotBeRemovedIsRecycledAHalfRemovedOneN
     files.create(work + "/a", "1", 0644).ignore();
     files.create(work + "/b", "2", 0644).ignore();
     workspace.onRecycle = [&](const std::string& path) { files.move(path, d("trash"), Replace::never).ignore(); };
-    disk.faults().fail("remove", work, EACCES, 3); // the folder, "a", then "b"
+    disk.faults().fail("remove", work, EIO, 3); // the folder, "a", then "b"
     debug.clear();
     EXPECT_FALSE(folders().deleteTempFolders());
     EXPECT_TRUE(workspace.recycled().empty());

@@ -2,6 +2,7 @@
 
 #include "platform/linux/DirectoryReader.h"
 #include "platform/linux/FileStatus.h"
+#include "platform/linux/OpenBeneath.h"
 #include "platform/linux/TreeRemoval.h"
 
 #include <array>
@@ -9,6 +10,7 @@
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vt {
@@ -43,6 +45,38 @@ int renameBetween(const Place& from, const Place& to, Replace replace) {
     const int there = readStatus(to.directory(), to.name(), status);
     if (there == 0) return EEXIST;
     return there == ENOENT ? attempt(0) : there;
+}
+
+// A folder that its owner closed to writing cannot change its parent: opened here while this lives.
+class OpenedFolder {
+  public:
+    explicit OpenedFolder(const Place& place) {
+        if (beneath::openAt(place.directory(), place.name(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW, 0, _folder) != 0)
+            return;
+        struct stat status {};
+        if (::fstat(_folder.get(), &status) != 0 || (status.st_mode & S_IWUSR) != 0) return;
+        _mode = status.st_mode & 07777U;
+        _opened = ::fchmod(_folder.get(), _mode | S_IWUSR) == 0;
+    }
+    OpenedFolder(const OpenedFolder&) = delete;
+    OpenedFolder& operator=(const OpenedFolder&) = delete;
+    ~OpenedFolder() {
+        if (_opened) (void)::fchmod(_folder.get(), _mode);
+    }
+    [[nodiscard]] bool isOpened() const { return _opened; }
+
+  private:
+    UniqueFd _folder;
+    mode_t _mode = 0;
+    bool _opened = false;
+};
+
+int renameOpening(const Place& from, const Place& to, Replace replace) {
+    const int code = renameBetween(from, to, replace);
+    if (code != EACCES) return code;
+    const OpenedFolder source(from);
+    const OpenedFolder target(to);
+    return source.isOpened() || target.isOpened() ? renameBetween(from, to, replace) : code;
 }
 
 } // namespace
@@ -113,7 +147,7 @@ Result<void> LinuxFiles::move(const std::string& from, const std::string& to, Re
     if (!source) return source.error();
     Result<Place> target = _locator.place(to);
     if (!target) return target.error();
-    const int code = renameBetween(*source, *target, replace);
+    const int code = renameOpening(*source, *target, replace);
     if (code == 0) return {};
     return _locator.isOnDrive(from) ? _locator.error(code, from) : _locator.error(code, to);
 }

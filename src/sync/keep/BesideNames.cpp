@@ -3,6 +3,7 @@
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "config/utilities/FileCreation.h"
+#include "sync/tree/OwnRemoval.h"
 
 #include <array>
 #include <cerrno>
@@ -42,7 +43,7 @@ std::optional<std::string> BesideNames::stand(const std::string& path) {
 }
 
 bool BesideNames::settle(const std::string& beside, const std::string& path, bool replaced) {
-    const bool done = replaced ? _files.remove(beside, {}).ok() : _files.move(beside, path, Replace::never).ok();
+    const bool done = replaced ? removeOwn(_files, beside, {}).ok() : _files.move(beside, path, Replace::never).ok();
     if (done) _files.remove(markFor(path), {}).ignore();
     return done;
 }
@@ -72,7 +73,7 @@ bool BesideNames::putBackOne(const std::string& path) {
     const auto present = _files.attributes(path);
     if (!present && present.code() != ENOENT) return false;
     const bool replaced = present.ok();
-    const bool done = replaced ? _files.remove(beside, {}).ok() : _files.move(beside, path, Replace::never).ok();
+    const bool done = replaced ? removeOwn(_files, beside, {}).ok() : _files.move(beside, path, Replace::never).ok();
     if (done && !replaced) _logLine(localisedText("Put \"%@\" back on the drive.", {paths::displayText(path)}));
     return done;
 }

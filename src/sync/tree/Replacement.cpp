@@ -1,5 +1,7 @@
 #include "sync/tree/Replacement.h"
 
+#include "sync/tree/OwnRemoval.h"
+
 #include <cerrno>
 
 namespace vt {
@@ -70,7 +72,8 @@ Replacement::Outcome Replacement::removeFirst(const std::string& staged, const s
 }
 
 bool Replacement::removeOld(const std::string& path) {
-    return _services.files.remove(path, [&](const Error& error) { return _calls.proceedsAfterRemoving(error); }).ok();
+    return removeOwn(_services.files, path, [&](const Error& error) { return _calls.proceedsAfterRemoving(error); })
+        .ok();
 }
 
 } // namespace vt

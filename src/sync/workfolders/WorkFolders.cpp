@@ -5,6 +5,7 @@
 #include "config/utilities/Packages.h"
 #include "sync/keep/BesideNames.h"
 #include "sync/report/MRLErrorReporter.h"
+#include "sync/tree/OwnRemoval.h"
 
 #include <cerrno>
 
@@ -64,7 +65,7 @@ bool WorkFolders::processATempFolder(const std::string& folder) {
         if (whole) return true;
     }
     reportLeftBehind(folder);
-    return _services.files.remove(folder, {}).ok();
+    return removeOwn(_services.files, folder, {}).ok();
 }
 
 // Into a place that is not there yet the whole folder goes with one rename: no entry can meet anything, so locks stay
@@ -128,7 +129,7 @@ bool WorkFolders::deleteFolder(const char* which, const std::string& folder) {
     const std::string name = paths::displayText(folder);
     _services.debugLine(formatText("-deleteTempFolders: deleting %s \"%@\".", {which, name}));
     const std::uint64_t before = countEntries(folder);
-    const bool removed = _services.files.remove(folder, {}).ok();
+    const bool removed = removeOwn(_services.files, folder, {}).ok();
     _services.debugLine(formatText("-deleteTempFolders: \"%@\" was %s deleted.", {name, removed ? "" : " NOT"}));
     if (!removed) {
         // Half a work folder in the trash would only keep its space.
