@@ -176,6 +176,24 @@ TEST(OwedPass, aCancelledSyncNotesNothingAsCovered) {
     EXPECT_FALSE(world.exists("/home/ada/.local/state/vantaro/drives"));
 }
 
+TEST(OwedPass, aListThatBecomesNarrowerAfterACancelledSyncIsPaidOnce) {
+    FakeMount coarse;
+    coarse.capabilities.dateGranularity = 2'000'000'000;
+    SyncWorld world({"~/Music"}, coarse);
+    world.computer({file("Music/a.mp3", "one", at(-10).plusSeconds(1)), file("Music/b.txt", "two", at(-10))});
+    world.disk.faults().before("copyFile", "", [&](const std::string&) { world.controller->cancelButtonClicked(); });
+    world.sync();
+    (void)world.controller->playRound(); // idle: the worker lets go of the cancel
+    world.disk.faults().clear();
+    world.controller->updateSyncList({"~/Music/a.mp3"});
+    SyncWorld::run(*world.controller);
+    world.sync();
+    EXPECT_EQ(world.read("/media/stick/ada_Workbench/Music/a.mp3"), "one");
+    world.sync();
+    EXPECT_EQ(world.figure("syncCopied"), 0);
+    EXPECT_EQ(world.figure("syncSkipPresent"), 512);
+}
+
 TEST(OwedRecordFile, keepsPathsOfAnyBytes) {
     SyncWorld world;
     OwedRecord record(world.files, world.files, "/home/ada/.local/state", "volume:x y");

@@ -27,6 +27,9 @@ void OwedBook::beginPass(Date start, const std::vector<std::string>& syncItems, 
     for (const auto& [item, date] : _record.coveredItems())
         if (std::find(syncItems.begin(), syncItems.end(), item) == syncItems.end()) gone.push_back(item);
     for (const std::string& item : gone) _record.dropCoveredThrough(item);
+    std::vector<std::string> items;
+    for (const std::string& item : syncItems) items.push_back(_localPath(item));
+    _record.handDown(items);
 }
 
 bool OwedBook::writeMarks(const ScanResults& results, const PassTally& tally) {

@@ -3,9 +3,11 @@
 #include "base/Paths.h"
 #include "sync/owed/RecordText.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <iterator>
 #include <utility>
 
 namespace vt {
@@ -118,6 +120,20 @@ void OwedRecord::settle(const std::string& path) {
     const std::string below = path + "/";
     auto next = _owed.lower_bound(below);
     while (next != _owed.end() && next->first.starts_with(below)) next = _owed.erase(next);
+}
+
+void OwedRecord::handDown(const std::vector<std::string>& items) {
+    const auto isAbove = [](const std::string& path) {
+        return [&path](const std::string& item) { return paths::isAtOrBelow(path, item); };
+    };
+    for (auto mark = _owed.begin(); mark != _owed.end();) {
+        std::vector<std::string> below;
+        if (std::none_of(items.begin(), items.end(), isAbove(mark->first)))
+            std::copy_if(items.begin(), items.end(), std::back_inserter(below),
+                         [&](const std::string& item) { return paths::isAtOrBelow(item, mark->first); });
+        for (const std::string& item : below) _owed.emplace(item, mark->second);
+        mark = below.empty() ? std::next(mark) : _owed.erase(mark);
+    }
 }
 
 bool OwedRecord::owes(std::string_view path) const {

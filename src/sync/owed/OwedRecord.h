@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vt {
 
@@ -41,6 +42,9 @@ class OwedRecord {
 
     void owe(const std::string& path, OwedReason reason) { _owed[path] = reason; }
     void settle(const std::string& path); // the path and everything below it
+    // A mark above all of the list's items that it concerns, from when the list named more, could never be settled:
+    // each item below it gets one of its own instead. `items` are absolute paths.
+    void handDown(const std::vector<std::string>& items);
     // The path is owed, or lies below an owed folder.
     [[nodiscard]] bool owes(std::string_view path) const;
     // A path at or below `path` failed before.
