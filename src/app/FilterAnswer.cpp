@@ -40,7 +40,7 @@ std::string listOf(const FilterQuestion& question, const VTContainerValidator* v
 // Lists that are switched off and have a pattern for the name.
 std::vector<std::string> listsThatWouldAsk(const FilterQuestion& question, const std::string& path) {
     std::vector<std::string> names;
-    const std::string_view name = paths::lastComponent(path);
+    const std::string name = paths::lastComponent(path);
     for (const FilterQuestion::List& list : question.lists) {
         if (list.enabled) continue;
         const bool asks = std::any_of(list.validators->begin(), list.validators->end(), [&](const auto* validator) {

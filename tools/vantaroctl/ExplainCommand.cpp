@@ -38,7 +38,7 @@ void printContents(const QJsonObject& answer) {
     }
     printLine(QString("It holds %1 s:").arg(number(answer["duration"])));
     QList<QStringList> rows;
-    for (const QJsonValue& value : tracks) {
+    for (const auto& value : tracks) {
         const QJsonObject track = value.toObject();
         rows.append({track["kind"].toString(), track["enabled"].toBool() ? "on" : "off", track["format"].toString(),
                      track["codec"].toString(), detailsOf(track)});
@@ -49,7 +49,7 @@ void printContents(const QJsonObject& answer) {
 void printPatterns(const QJsonArray& patterns) {
     if (patterns.isEmpty()) return;
     QList<QStringList> rows;
-    for (const QJsonValue& value : patterns) {
+    for (const auto& value : patterns) {
         const QJsonObject pattern = value.toObject();
         const QJsonArray validators = pattern["validators"].toArray();
         if (validators.isEmpty())
@@ -58,9 +58,11 @@ void printPatterns(const QJsonArray& patterns) {
                          "the name alone",
                          pattern["answer"].toString(),
                          {}});
-        for (const QJsonValue& validator : validators)
+        for (const auto& asked : validators) {
+            const QJsonObject validator = asked.toObject();
             rows.append({pattern["list"].toString(), pattern["pattern"].toString(), validator["name"].toString(),
                          validator["answer"].toString(), validator["reason"].toString()});
+        }
     }
     printTable({"LIST", "PATTERN", "ASKED", "ANSWER", "WHY"}, rows);
 }
