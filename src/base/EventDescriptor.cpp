@@ -103,4 +103,9 @@ std::string EventDescriptor::description() const {
     return text + " }";
 }
 
+std::string descriptionOfEvent(FourCharCode eventClass, FourCharCode eventId,
+                               const EventDescriptor::Record& parameters) {
+    return "'" + eventClass.text() + "'\\'" + eventId.text() + "'" + EventDescriptor(parameters).description();
+}
+
 } // namespace vt

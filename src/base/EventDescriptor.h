@@ -77,4 +77,8 @@ class EventDescriptor {
     std::variant<std::string, List, Record> _content;
 };
 
+// The printed form of a whole event: 'vnTR'\'QURY'{ '----':'furl'("file:///a") }.
+[[nodiscard]] std::string descriptionOfEvent(FourCharCode eventClass, FourCharCode eventId,
+                                             const EventDescriptor::Record& parameters);
+
 } // namespace vt

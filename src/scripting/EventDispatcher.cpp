@@ -17,6 +17,9 @@ constexpr FourCharCode keyErrorNumber = "errn"_fcc;
 constexpr FourCharCode keyErrorString = "errs"_fcc;
 constexpr FourCharCode keyStatus = "STAT"_fcc;
 constexpr std::int32_t paramErr = -50;
+// What a reply is an event of, as any application's answer.
+constexpr FourCharCode replyClass = "aevt"_fcc;
+constexpr FourCharCode replyId = "ansr"_fcc;
 
 bool isOfKind(const EventDescriptor& descriptor, ParameterKind kind) {
     switch (kind) {
@@ -68,7 +71,8 @@ Result<EventDescriptor::Record> EventDispatcher::dispatch(const BusEvent& event)
 EventDescriptor::Record EventDispatcher::run(const EventCommand& command, const BusEvent& event) {
     const std::string handler = command.handler;
     if (_target.eventLog().debugEnabled()) {
-        debugLine("> " + handler + ": " + paths::displayText(EventDescriptor(event.parameters).description()));
+        debugLine("> " + handler + ": " +
+                  paths::displayText(descriptionOfEvent(event.eventClass, event.eventId, event.parameters)));
     }
 
     EventDescriptor::Record reply;
@@ -113,7 +117,10 @@ EventDescriptor::Record EventDispatcher::run(const EventCommand& command, const 
         }
     }
     if (_target.eventLog().debugEnabled()) {
-        debugLine("< " + handler + ": " + paths::displayText(EventDescriptor(reply).description()));
+        // A sender that wants no reply has the null reply filled in.
+        const std::string printed =
+            event.wantsReply ? descriptionOfEvent(replyClass, replyId, reply) : EventDescriptor().description();
+        debugLine("< " + handler + ": " + paths::displayText(printed));
     }
     if (command.replyKind == ReplyKind::status) _target.sendActivityNotification();
     return reply;

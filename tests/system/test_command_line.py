@@ -182,10 +182,10 @@ class CommandLine(Scripted):
         lines = [line for line in self.world.messages() if "handleQueryEvent" in line]
         url = f"file://{self.drive}"
         self.assertEqual(lines, [
-            f"> handleQueryEvent: {{ '----':'furl'(\"{url}\") }}",
+            f"> handleQueryEvent: 'vnTR'\\'QURY'{{ '----':'furl'(\"{url}\") }}",
             f"-handleQueryEvent: main URL is {self.drive}",
             "-handleQueryEvent: drive is not valid for sync.",
-            "< handleQueryEvent: { '----':'fals'(), 'errn':-50, 'errs':'utf8'(\"drive is not valid for sync\") }",
+            "< handleQueryEvent: 'aevt'\\'ansr'{ '----':'fals'(), 'errn':-50, 'errs':'utf8'(\"drive is not valid for sync\") }",
         ])
         path = self.world.home / ".config/com.corvane.vantaro/defaults.plist"
         self.assertEqual(plistlib.loads(path.read_bytes()), {"debug": False, "keep-aside": True})
