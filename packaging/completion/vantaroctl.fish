@@ -14,8 +14,14 @@ function __vantaroctl_arguments
     end
 end
 
+# The word at the cursor is the number behind --timeout.
+function __vantaroctl_at_number
+    test "$(commandline -opc)[-1]" = --timeout
+end
+
 # The command is one of those given, and so many of its arguments stand there already.
 function __vantaroctl_at --argument-names count
+    __vantaroctl_at_number; and return 1
     set -l given (__vantaroctl_arguments)
     test (count $given) -ge 1; or return 1
     test (math (count $given) - 1) = $count; or return 1
@@ -23,6 +29,7 @@ function __vantaroctl_at --argument-names count
 end
 
 function __vantaroctl_behind
+    __vantaroctl_at_number; and return 1
     set -l given (__vantaroctl_arguments)
     test (count $given) -ge 2; and contains -- $given[1] $argv
 end
