@@ -133,16 +133,18 @@ class Wire:
     def __exit__(self, *_):
         self.close()
 
-    def message(self, destination, path, interface, member, signature="", arguments=(), flags=0):
+    def message(self, destination, path, interface, member, signature="", arguments=(), flags=0, kind=CALL):
         body = Writer()
-        for kind, value in zip(types(signature), arguments, strict=True):
-            body.write(kind, value)
-        fields = [(1, ("o", path)), (2, ("s", interface)), (3, ("s", member)), (6, ("s", destination))]
+        for part, value in zip(types(signature), arguments, strict=True):
+            body.write(part, value)
+        fields = [(1, ("o", path)), (2, ("s", interface)), (3, ("s", member))]
+        if destination:
+            fields.append((6, ("s", destination)))
         if signature:
             fields.append((8, ("g", signature)))
         self.serial += 1
         header = Writer()
-        header.data += struct.pack("<cBBBII", b"l", CALL, flags, 1, len(body.data), self.serial)
+        header.data += struct.pack("<cBBBII", b"l", kind, flags, 1, len(body.data), self.serial)
         header.write("a(yv)", fields)
         header.align(8)
         return bytes(header.data + body.data)
@@ -152,6 +154,9 @@ class Wire:
         data = self.message(*arguments, **more)
         self.socket.sendall(data)
         return self.serial
+
+    def signal(self, path, interface, member, signature, arguments):
+        self.socket.sendall(self.message("", path, interface, member, signature, arguments, NO_REPLY_EXPECTED, SIGNAL))
 
     def _need(self, count):
         while len(self.buffer) < count:
