@@ -52,6 +52,7 @@ void ContinuousSync::updateContinuousSyncSettings(bool runningOnLeopardOrLater) 
         updateFSEventSettings();
     else
         updateHelperToolSettings();
+    noteWaiting();
 }
 
 void ContinuousSync::updateFSEventSettings() {
@@ -171,10 +172,22 @@ void ContinuousSync::mainThreadAddContinuousSyncItems(const std::vector<std::str
 
 void ContinuousSync::mainThreadStartContinuousSyncTimer() {
     m_continuousSyncTimer = _services.runLoop.after(quietPeriod, [this] { continuousSyncTimerFired(); });
+    _quietUntil = _services.clock.steady() + quietPeriod;
+    noteWaiting();
+}
+
+void ContinuousSync::mainThreadStopContinuousSyncTimer() {
+    m_continuousSyncTimer.reset();
+    noteWaiting();
 }
 
 void ContinuousSync::continuousSyncTimerFired() {
     const std::unique_ptr<Timer> fired = std::move(m_continuousSyncTimer);
+    handOverCollectedItems();
+    noteWaiting();
+}
+
+void ContinuousSync::handOverCollectedItems() {
     std::vector<std::string> items = m_continuousSyncItems;
     if (items.empty()) return;
     m_continuousSyncItems.erase(m_continuousSyncItems.begin(),
@@ -186,6 +199,26 @@ void ContinuousSync::continuousSyncTimerFired() {
         if (controller->isParticipatingInSync() && controller->continuousSyncState())
             controller->continuousSyncNow(items);
     }
+}
+
+std::vector<std::string> ContinuousSync::waitingFoldersOf(VTSyncController& controller) const {
+    std::vector<std::string> waiting;
+    for (const std::string& folder : foldersOf(controller)) {
+        const bool pending = std::find(m_continuousSyncItems.begin(), m_continuousSyncItems.end(), folder) !=
+                             m_continuousSyncItems.end();
+        if (pending && _watchedSince.count(folder) == 0) waiting.push_back(folder);
+    }
+    return waiting;
+}
+
+std::optional<std::chrono::milliseconds> ContinuousSync::quietTimeLeft() const {
+    if (!m_continuousSyncTimer) return std::nullopt;
+    const auto left = std::max(_quietUntil - _services.clock.steady(), std::chrono::nanoseconds(0));
+    return std::chrono::duration_cast<std::chrono::milliseconds>(left);
+}
+
+void ContinuousSync::noteWaiting() const {
+    if (waitingMayHaveChanged) waitingMayHaveChanged();
 }
 
 void ContinuousSync::sendActivityNotificationForced(bool forced, const std::optional<Value::Dictionary>& dictionary) {

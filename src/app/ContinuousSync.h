@@ -6,6 +6,8 @@
 #include "app/ApplicationServices.h"
 #include "app/SyncControllerRegistry.h"
 
+#include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -24,16 +26,23 @@ class ContinuousSync {
     void mainThreadEventDataReceived(const std::string& bytes);
     void mainThreadAddContinuousSyncItems(const std::vector<std::string>& paths);
     void mainThreadStartContinuousSyncTimer();
-    void mainThreadStopContinuousSyncTimer() { m_continuousSyncTimer.reset(); }
+    void mainThreadStopContinuousSyncTimer();
     void continuousSyncTimerFired();
     // Unforced with nobody busy: no post. A missing dictionary is the busy controller's, even another drive's.
     void sendActivityNotificationForced(bool forced, const std::optional<Value::Dictionary>& dictionary);
     void tearDownFSEventStreams();
     void dropItems() { m_continuousSyncItems.clear(); }
     [[nodiscard]] const std::vector<std::string>& continuousSyncItems() const { return m_continuousSyncItems; }
+    // The drive's folders that are known to have changed and wait for the end of the quiet period.
+    [[nodiscard]] std::vector<std::string> waitingFoldersOf(VTSyncController& controller) const;
+    [[nodiscard]] std::optional<std::chrono::milliseconds> quietTimeLeft() const; // null: nothing waits
+    // Called when what waits, for whom, or until when may have changed. May be empty.
+    std::function<void()> waitingMayHaveChanged;
     [[nodiscard]] std::size_t streamCount() const { return m_fsEventStreams.size(); }
 
   private:
+    void handOverCollectedItems();
+    void noteWaiting() const;
     void updateFSEventSettings();
     void updateHelperToolSettings();
     void createFSEventStreamsForPaths(const std::vector<std::string>& folders);
@@ -49,6 +58,7 @@ class ContinuousSync {
     SyncControllerRegistry& _registry;
     LogSink& _log;
     std::unique_ptr<Timer> m_continuousSyncTimer;
+    std::chrono::nanoseconds _quietUntil{0}; // by the steady clock, while that timer runs
     std::unique_ptr<Timer> m_syncActivityTimer;
     std::vector<std::string> m_continuousSyncItems; // arrival order, duplicates allowed
     std::vector<std::unique_ptr<FileEventStream>> m_fsEventStreams;

@@ -26,8 +26,9 @@ Error withPathInText(Error error) {
 } // namespace
 
 DrivesService::DrivesService(DriveArrival::Collaborators collaborators, DriveArrival& arrival, ServedVolumes& served,
-                             EventDispatcher& events, FilterExplainer& explainer)
-    : _c(std::move(collaborators)), _arrival(arrival), _served(served), _events(events), _explainer(explainer) {}
+                             EventDispatcher& events, FilterExplainer& explainer, const WaitingChanges& waitingChanges)
+    : _c(std::move(collaborators)), _arrival(arrival), _served(served), _events(events), _explainer(explainer),
+      _waitingChanges(waitingChanges) {}
 
 std::shared_ptr<VTSyncController> DrivesService::controllerAt(const std::string& path) const {
     if (!paths::isAbsolute(path)) return nullptr;

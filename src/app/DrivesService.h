@@ -5,6 +5,7 @@
 #include "app/DriveArrival.h"
 #include "app/FilterExplainer.h"
 #include "app/ServedVolumes.h"
+#include "app/WaitingChanges.h"
 #include "platform/SessionBus.h"
 #include "scripting/EventDispatcher.h"
 
@@ -15,7 +16,7 @@ namespace vt {
 class DrivesService final : public BusService {
   public:
     DrivesService(DriveArrival::Collaborators collaborators, DriveArrival& arrival, ServedVolumes& served,
-                  EventDispatcher& events, FilterExplainer& explainer);
+                  EventDispatcher& events, FilterExplainer& explainer, const WaitingChanges& waitingChanges);
 
     Result<EventDescriptor::Record> event(const BusEvent& event) override { return _events.dispatch(event); }
     std::vector<Value::Dictionary> drives() override;
@@ -25,6 +26,7 @@ class DrivesService final : public BusService {
     void progress(const std::string& path, DriveCompletion done) override;
     void eject(const std::string& path, Completion done) override;
     void explain(const std::string& drive, const std::string& path, DriveCompletion done) override;
+    std::vector<Value::Dictionary> waiting() override { return _waitingChanges.all(); }
     void quit() override;
 
     // The arrival's news: completes adoptions that wait for the drive to be set up.
@@ -44,6 +46,7 @@ class DrivesService final : public BusService {
     ServedVolumes& _served;
     EventDispatcher& _events;
     FilterExplainer& _explainer;
+    const WaitingChanges& _waitingChanges;
     std::list<WaitingAdoption> _waiting;
 };
 

@@ -4,6 +4,7 @@
 #include "app/ApplicationHost.h"
 #include "app/DriveCommands.h"
 #include "app/DrivesService.h"
+#include "app/WaitingChanges.h"
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "base/ThreadChecker.h"
@@ -33,6 +34,7 @@ struct VTApplicationController::Parts {
     SyncControllerRegistry registry;
     MediaSettings media;
     ContinuousSync continuous;
+    WaitingChanges waiting;
     DelayedCalls delayed;
     std::unique_ptr<DriveFiles> localFiles;
     DriveArrival arrival;
@@ -78,13 +80,15 @@ VTApplicationController::Parts::Parts(ApplicationServices given)
                    services.media,
                    services.shell},
       registry(syncServices, log), media(registry), continuous(services, registry, log),
-      delayed(services.runLoop, registry), localFiles(services.driveFiles.bind(nullptr)), arrival(collaborators()),
+      waiting(services, registry, continuous), delayed(services.runLoop, registry),
+      localFiles(services.driveFiles.bind(nullptr)), arrival(collaborators()),
       commands(collaborators(), configuration()), events(commands),
       served(services, identity, log, arrival,
              [this](const std::string& key) { return registry.controllerForKey(key) != nullptr; }),
       explainer({services.runLoop, services.threads, services.media, exclusions, localFiles->files(),
                  services.system.home()}),
-      drives(collaborators(), arrival, served, events, explainer) {
+      drives(collaborators(), arrival, served, events, explainer, waiting) {
+    continuous.waitingMayHaveChanged = [this] { waiting.tellSoon(); };
     registry.appeared = [this](const std::string& mountPoint) { services.bus.driveAppeared(mountPoint); };
     arrival.arrived = [this](const std::string& mountPoint) { drives.driveArrived(mountPoint); };
     registry.disappeared = [this](const std::string& mountPoint) { services.bus.driveDisappeared(mountPoint); };
@@ -137,6 +141,7 @@ void VTApplicationController::cleanup() {
     _parts->continuous.dropItems();
     _parts->continuous.tearDownFSEventStreams();
     _parts->delayed.dropAll();
+    _parts->waiting.dropAll();
     // Each worker is told to end; what it still wants of the main thread is served for a while, then released unserved.
     const auto controllers = _parts->registry.takeAll();
     for (const auto& [key, controller] : controllers) controller->queueDeath();

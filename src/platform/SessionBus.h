@@ -23,6 +23,13 @@ struct BusEvent {
     bool wantsReply = true; // otherwise the reply is the null reply
 };
 
+// Changed folders of a drive that wait for the end of the quiet period; none: nothing waits any more.
+struct DriveWaiting {
+    std::string mountPoint;
+    std::vector<std::string> folders; // absolute
+    double secondsLeft = 0;
+};
+
 // What the bus asks of the application. Completions may be called at once or later, each exactly once, on the main
 // thread.
 class BusService {
@@ -44,6 +51,7 @@ class BusService {
     virtual void eject(const std::string& path, Completion done) = 0;
     // What the drive's media filter says about a file, and why.
     virtual void explain(const std::string& drive, const std::string& path, DriveCompletion done) = 0;
+    virtual std::vector<Value::Dictionary> waiting() = 0; // the drives that changes wait for
     virtual void quit() = 0;
 };
 
@@ -55,6 +63,7 @@ class SessionBus {
     [[nodiscard]] virtual Result<void> start(BusService& service) = 0;
     virtual void driveAppeared(const std::string& mountPoint) = 0;
     virtual void driveDisappeared(const std::string& mountPoint) = 0;
+    virtual void changesWait(const DriveWaiting& drive) = 0;
     virtual void stop() = 0;
 };
 

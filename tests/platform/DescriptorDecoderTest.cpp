@@ -107,6 +107,17 @@ TEST(DescriptorDecoder, SixtyFourLevelsAreAccepted) {
     EXPECT_TRUE(decode(deep));
 }
 
+TEST(DescriptorDecoder, TenThousandLevelsAreRefused) {
+    for (const bool ofLists : {false, true}) {
+        std::string deep = more + text("ITMZ") + (ofLists ? list("list") : record("reco"));
+        for (int i = 0; i < 10'000; ++i) deep += more + (ofLists ? list("list") : text("aaaa") + record("reco"));
+        const auto read = decode(deep);
+        ASSERT_FALSE(read);
+        EXPECT_EQ(read.code(), ELOOP);
+        EXPECT_LT(read.error().text.size(), 1'000U) << "the place is named, and no more than that";
+    }
+}
+
 TEST(DescriptorDecoder, AFloodOfEmptyDescriptorsIsLargeToo) {
     std::string flood = more + text("ITMZ") + list("list");
     for (int i = 0; i < 600'000; ++i) flood += more + leaf("true", 0, 'x');

@@ -10,9 +10,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <functional>
 #include <sstream>
+#include <utility>
 
 namespace vt::test {
 namespace {
@@ -22,6 +25,7 @@ using namespace literals;
 class StubService final : public BusService {
   public:
     std::vector<BusEvent> events;
+    std::function<void()> onFirstEvent;
     Result<EventDescriptor::Record> eventReply = EventDescriptor::Record{};
     std::vector<Value::Dictionary> driveList;
     std::vector<std::string> asked;
@@ -34,6 +38,7 @@ class StubService final : public BusService {
 
     Result<EventDescriptor::Record> event(const BusEvent& event) override {
         events.push_back(event);
+        if (onFirstEvent) std::exchange(onFirstEvent, {})();
         return eventReply;
     }
     std::vector<Value::Dictionary> drives() override { return driveList; }
@@ -60,8 +65,14 @@ class StubService final : public BusService {
         asked.push_back("explain " + drive + " " + path);
         done(driveAnswer);
     }
+    std::vector<Value::Dictionary> waitingList;
+    std::vector<Value::Dictionary> waiting() override { return waitingList; }
     void quit() override { ended = true; }
 };
+
+QString latin(const char* text) {
+    return QString::fromLatin1(text);
+}
 
 std::string nameOf(const QDBusMessage& reply) {
     return reply.errorName().toStdString();
@@ -166,6 +177,32 @@ TEST_F(QtSessionBusTest, DescriptorsTravelBothWays) {
     EXPECT_EQ(service.events[0].eventId, "GETL"_fcc);
     EXPECT_EQ(service.events[0].parameters, record);
     EXPECT_TRUE(service.events[0].wantsReply);
+}
+
+TEST_F(QtSessionBusTest, BehindTenThousandThatWaitOneMoreIsRefused) {
+    const auto ping = [](const QDBusConnection& connection) {
+        return connection.call(QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                                              "org.freedesktop.DBus", "GetId"));
+    };
+    // The first is answered only when all others have arrived: each end's answer comes behind what was sent before it.
+    service.onFirstEvent = [&] {
+        ping(ground.caller);
+        ping(ground.agent);
+    };
+    QDBusMessage call = QDBusMessage::createMethodCall(latin(qtbus::busName), latin(qtbus::objectPath),
+                                                       latin(qtbus::eventsInterface), "Send");
+    call << QStringLiteral("vnTR") << QStringLiteral("GETL") << *qtdescriptors::toBus({});
+    std::vector<QDBusPendingCall> sent;
+    for (int i = 0; i < 10'002; ++i) sent.push_back(ground.caller.asyncCall(call));
+    const auto allAnswered = [&] {
+        return std::all_of(sent.begin(), sent.end(), [](auto& one) { return one.isFinished(); });
+    };
+    for (int rounds = 0; rounds < 6 && !qtRunUntil(allAnswered); ++rounds) {
+    }
+    ASSERT_TRUE(allAnswered());
+    EXPECT_EQ(service.events.size(), 10'001U) << "the one that is answered, and those in line";
+    EXPECT_EQ(sent.back().reply().errorName().toStdString(), "org.freedesktop.DBus.Error.LimitsExceeded");
+    EXPECT_FALSE(sent[10'000].isError());
 }
 
 TEST_F(QtSessionBusTest, AnUnknownEventIsAnError) {

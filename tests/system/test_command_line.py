@@ -61,6 +61,29 @@ class CommandLine(Scripted):
         ctl("quit")
         self.assertEqual(self.world.agent.wait(timeout=support.PATIENCE), 0)
 
+    def test_a_name_that_two_drives_have_is_ambiguous(self):
+        other = self.world.folder / "elsewhere/drive"
+        other.mkdir(parents=True)
+        for drive in (self.drive, other):
+            self.world.adopt(drive)
+        run = self.world.ctl("query", "drive", check=False)
+        both = ", ".join(sorted([str(self.drive), str(other)]))
+        self.assertEqual((run.returncode, run.out), (1, ""))
+        self.assertIn('several drives are named "drive": ', run.err)
+        self.assertEqual(", ".join(sorted(run.err.split('": ')[1].split(", "))), both)
+        for named in (self.drive, other, other / "below"):
+            self.assertEqual(self.world.ctl("query", named).out, "true")
+        self.assertEqual(self.world.ctl("complete", "drives").out.splitlines(), self.mount_points())
+
+    def mount_points(self):
+        return [drive["mountPoint"] for drive in self.world.json("drives")]
+
+    def test_a_slip_of_the_pen_in_a_list_is_noted(self):
+        self.world.adopt(self.drive)
+        run = self.world.ctl("add", self.drive, "Musik", "Pictures")
+        self.assertEqual((run.out, run.err), ("", f'vantaroctl: note: "{self.world.home}/Musik" is not there now'))
+        self.assertIn(f"{self.world.home}/Musik", self.world.json("list", self.drive))
+
     def test_a_volume_is_ejected_unless_it_is_busy(self):
         with LoopImage(self.world.folder, name="image") as image:
             self.world.adopt(image.mount_point)

@@ -56,6 +56,13 @@ TEST_F(Program, HelpAndVersionGoToStandardOutput) {
     EXPECT_EQ(run({"--version"}).out.rfind("vantaroctl ", 0), 0U);
 }
 
+TEST_F(Program, NoLineOfTheHelpIsLongerThanATerminalIsWide) {
+    std::string all = run({"--help"}).out;
+    for (const Command& command : commands()) all += run({command.name, "--help"}).out;
+    for (const QString& line : QString::fromStdString(all).split('\n'))
+        EXPECT_LE(line.size(), 79) << line.toStdString();
+}
+
 TEST_F(Program, WrongUsageIsTwoAndSaysHowItIsUsed) {
     struct Row {
         QList<QByteArray> arguments;

@@ -76,6 +76,7 @@ TEST(Terminal, LinesAreDrawnOverTheOnesBefore) {
     EXPECT_EQ(LiveLines::frame({"a", "b"}, 1), "\r\x1B[Ka\r\n\x1B[Kb");
     EXPECT_EQ(LiveLines::frame({"a", "b"}, 2), "\r\x1B[1A\x1B[Ka\r\n\x1B[Kb");
     EXPECT_EQ(LiveLines::frame({}, 2), "\r\x1B[1A\x1B[J");
+    EXPECT_EQ(LiveLines::frame({"a"}, 2), "\r\x1B[1A\x1B[Ka\x1B[J");
 }
 
 TEST(Terminal, NothingIsDrawnWhereTheOutputIsNoTerminal) {
@@ -85,8 +86,8 @@ TEST(Terminal, NothingIsDrawnWhereTheOutputIsNoTerminal) {
         LiveLines out(LiveLines::Output::standardOutput);
         LiveLines errors(LiveLines::Output::standardError);
         EXPECT_FALSE(out.isLive());
-        out.show("d", "text");
-        errors.show("d", "text");
+        out.show({"text"});
+        errors.show({"text"});
     }
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");

@@ -143,6 +143,23 @@ QJsonObject Agent::progress(const QString& mountPoint) {
     return toJson(qdbus_cast<QVariantMap>(call(drivesInterface, "Progress", {mountPoint}).value(0)));
 }
 
+namespace {
+
+WaitingChanges waitingOf(const QJsonObject& drive) {
+    WaitingChanges changes{drive["mountPoint"].toString(), {}, drive["secondsLeft"].toDouble()};
+    for (const QJsonValue& folder : drive["folders"].toArray()) changes.folders.append(folder.toString());
+    return changes;
+}
+
+} // namespace
+
+QList<WaitingChanges> Agent::waiting() {
+    QList<WaitingChanges> list;
+    for (const QVariantMap& drive : qdbus_cast<QList<QVariantMap>>(call(drivesInterface, "Waiting", {}).value(0)))
+        list.append(waitingOf(toJson(drive)));
+    return list;
+}
+
 Record Agent::sendRaw(const QString& eventClass, const QString& eventId, const Record& parameters) {
     return qdbus_cast<Record>(
         call(eventsInterface, "Send", {eventClass, eventId, QVariant::fromValue(parameters)}).value(0));
@@ -204,6 +221,17 @@ void Agent::follow() {
     _bus.connect(service, object, notificationsInterface, "Posted", this, SLOT(posted(QString, QString, QVariantMap)));
     _bus.connect("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameOwnerChanged", this,
                  SLOT(ownerChanged(QString, QString, QString)));
+}
+
+void Agent::followDrives() {
+    _bus.connect(service, object, drivesInterface, "WaitingChanged", this,
+                 SLOT(waitingChanged(QString, QStringList, double)));
+    for (const char* const signal : {"Appeared", "Disappeared"})
+        _bus.connect(service, object, drivesInterface, signal, this, SIGNAL(drivesChanged()));
+}
+
+void Agent::waitingChanged(const QString& mountPoint, const QStringList& folders, double secondsLeft) {
+    emit changesWait({mountPoint, folders, secondsLeft});
 }
 
 void Agent::posted(const QString& name, const QString&, const QVariantMap& userInfo) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vantaroctl/Descriptor.h"
+#include "vantaroctl/WatchPicture.h"
 
 #include <QDBusConnection>
 #include <QJsonArray>
@@ -27,6 +28,7 @@ class Agent : public QObject {
     // What the drive's media filter says about a file, with its reasons.
     [[nodiscard]] QJsonObject explain(const QString& mountPoint, const QByteArray& path);
     [[nodiscard]] QJsonObject progress(const QString& mountPoint);
+    [[nodiscard]] QList<WaitingChanges> waiting(); // the drives that changes wait for
 
     // Sends one event about a drive; an error in the reply is a Failure.
     Record send(const QByteArray& id, const QString& mountPoint, const Record& parameters = {});
@@ -42,13 +44,18 @@ class Agent : public QObject {
 
     // Activity notifications and the end of the agent, from now on.
     void follow();
+    // Changes that wait, and drives that come and go, from now on.
+    void followDrives();
 
   signals:
     void activity(const QJsonObject& progress);
+    void changesWait(const WaitingChanges& changes);
+    void drivesChanged();
     void gone();
 
   private slots:
     void posted(const QString& name, const QString& object, const QVariantMap& userInfo);
+    void waitingChanged(const QString& mountPoint, const QStringList& folders, double secondsLeft);
     void ownerChanged(const QString& name, const QString& before, const QString& after);
 
   private:

@@ -69,14 +69,16 @@ QString usageOf(const Command& command) {
 namespace {
 
 void printAllCommands() {
+    constexpr int summaryColumn = 15;
     printLine("Usage: vantaroctl COMMAND [ARGUMENTS] [OPTIONS]\n\nCommands:");
     for (const Command& row : commands())
-        if (!row.hidden) printLine(QString("  %1 %2").arg(QString(row.name), -11).arg(row.summary));
+        if (!row.hidden)
+            printLine(wrapped(QString("  %1  %2").arg(QString(row.name), -11).arg(row.summary), summaryColumn));
     printLine("\nDRIVE is a mount point, a path below it, or an unambiguous drive name.");
     printLine("--json prints machine-readable data; --version prints the version.");
     printLine("\"vantaroctl COMMAND --help\" shows a command's arguments and an example.");
-    printLine("\nExit codes: 0 done, 1 the agent answered with an error, 2 usage, 3 no agent is running,");
-    printLine("4 timed out, 5 the sync ended without success, 130 interrupted.");
+    printLine("\nExit codes: 0 done, 1 the agent answered with an error, 2 usage, 3 no agent is");
+    printLine("running, 4 timed out, 5 the sync ended without success, 130 interrupted.");
 }
 
 // What a command's arguments may be, where its usage cannot tell.
@@ -86,8 +88,20 @@ QString argumentHelp(const QByteArray& command) {
         return "NAME is one of " + settingNames(true).join(", ") +
                ".\nVALUE is on or off; for device-filter 0 to 8 or one of " + deviceClassNames().join(", ") + ".";
     if (command == "event")
-        return "TYPE is a descriptor's type: furl (a path or URL), true, fals, long (a 32-bit integer), utf8,\n"
+        return "TYPE is a descriptor's type: furl (a path or URL), true, fals, long (a 32-bit integer), utf8, "
                "list (items separated by commas; a path, or TYPE:VALUE); bytes of any other type are hexadecimal.";
+    if (command == "drives" || command == "volumes" || command == "status" || command == "progress")
+        return "--json prints one JSON value with all that is known.";
+    if (command == "watch")
+        return "On a terminal each drive has a progress bar, and below it the folders that have changed and the time "
+               "until their sync. With --json, or where the output is no terminal, each piece of news is one JSON "
+               "object a line. Ctrl-C ends it.";
+    if (command == "adopt")
+        return "It is remembered across restarts. A drive that is new to you begins with Movies, Music and Pictures of "
+               "your home folder, and follows changes.";
+    if (command == "remove-sync") return "The copies stay on the drive.";
+    if (command == "log") return "--follow goes on with what is added, until interrupted.";
+    if (command == "stop") return "Ends the running sync and those that wait; changes start new ones.";
     if (command == "set-list" || command == "add" || command == "drop")
         return "Waits until the drive is idle, 600 seconds unless --timeout says otherwise.";
     if (command == "start") return "--wait shows the progress and returns when the sync has ended.";
@@ -102,7 +116,7 @@ void printHelp(const Command* command) {
     if (command == nullptr) return printAllCommands();
     printLine("Usage: " + usageOf(*command));
     printLine(QString("\n%1").arg(command->summary));
-    if (const QString help = argumentHelp(command->name); !help.isEmpty()) printLine("\n" + help);
+    if (const QString help = argumentHelp(command->name); !help.isEmpty()) printLine("\n" + wrapped(help));
     printLine(QString("\nExample: %1").arg(command->example));
 }
 

@@ -4,6 +4,8 @@
 #include "vantaroctl/Waiting.h"
 
 #include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
 
 #include <utility>
 
@@ -28,6 +30,13 @@ QList<QByteArray> namedPaths(const CommandLine& line) {
         if (!list.contains(path)) list.append(path);
     }
     return list;
+}
+
+// A list may name what comes to be later; a slip of the pen looks the same.
+void noteMissing(const QList<QByteArray>& paths) {
+    for (const QByteArray& path : paths)
+        if (!QFileInfo::exists(QFile::decodeName(path)))
+            printError(QString("note: \"%1\" is not there now").arg(shown(QString::fromUtf8(path))));
 }
 
 bool isIdle(Agent& agent, const QString& drive) {
@@ -86,14 +95,19 @@ int showList(const CommandLine& line) {
 
 int setList(const CommandLine& line) {
     Agent agent;
-    return replaceList(agent, agent.resolve(line.arguments[0]), namedPaths(line), line);
+    const QString drive = agent.resolve(line.arguments[0]);
+    const QList<QByteArray> list = namedPaths(line);
+    noteMissing(list);
+    return replaceList(agent, drive, list, line);
 }
 
 int addToList(const CommandLine& line) {
     Agent agent;
     const QString drive = agent.resolve(line.arguments[0]);
     QList<QByteArray> list = currentList(agent, drive);
-    for (const QByteArray& path : namedPaths(line)) {
+    const QList<QByteArray> added = namedPaths(line);
+    noteMissing(added);
+    for (const QByteArray& path : added) {
         if (!list.contains(path)) list.append(path);
     }
     return replaceList(agent, drive, list, line);

@@ -15,12 +15,13 @@ int showStatus(const CommandLine& line) {
     if (users.isEmpty()) printLine("No user has joined this drive.");
     for (auto user = users.begin(); user != users.end(); ++user) {
         const QJsonObject entry = user.value().toObject();
-        const QString lastSync = entry["lastSyncTime"].toString();
-        printLine(QString("%1  %2").arg(user.key(), entry["computerName"].toString()));
+        const QString time = entry["lastSyncTime"].toString();
+        const QString lastSync = time.isEmpty() ? "never" : time.left(16).replace('T', ' ') + " UTC";
+        // Another computer may have written any name.
+        printLine(shown(QString("%1  %2").arg(user.key(), entry["computerName"].toString())));
         printLine(QString("  participating %1, continuous %2, last sync %3")
                       .arg(entry["participateSyncEnabled"].toBool() ? "on" : "off",
-                           entry["continuousSyncEnabled"].toBool() ? "on" : "off",
-                           lastSync.isEmpty() ? "never" : lastSync));
+                           entry["continuousSyncEnabled"].toBool() ? "on" : "off", lastSync));
     }
     return 0;
 }

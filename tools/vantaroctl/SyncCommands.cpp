@@ -6,7 +6,6 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QSet>
 
 namespace ctl {
 
@@ -14,11 +13,6 @@ namespace {
 
 bool isBusy(const QJsonObject& progress) {
     return progress["syncIsBusy"].toInt() != 0;
-}
-
-bool hasEnded(const QJsonObject& progress) {
-    const int type = progress["syncActivityType"].toInt();
-    return type == 5 || type == 6;
 }
 
 // What the syncs did that were waited for, gathered from the activity notifications. There is more than one when the
@@ -109,7 +103,7 @@ int startSync(const CommandLine& line) {
             if (!sent) {
                 if (isBusy(progress)) {
                     watched.take(progress); // one that runs already may have told of its beginning
-                    live.show(drive, progressLine(progress, terminalWidth() - 1));
+                    live.show({progressLine(progress, terminalWidth() - 1)});
                     return false;
                 }
                 // What was posted before that answer may still stand in line here, and tells of an earlier sync.
@@ -123,8 +117,7 @@ int startSync(const CommandLine& line) {
                 sent = true;
                 return false;
             }
-            live.show(drive,
-                      watched.began ? progressLine(progress, terminalWidth() - 1) : "waiting for the sync to begin");
+            live.show({watched.began ? progressLine(progress, terminalWidth() - 1) : "waiting for the sync to begin"});
             return watched.over(isBusy(progress));
         },
         line.timeout);
@@ -140,37 +133,7 @@ int showProgress(const CommandLine& line) {
     if (line.json)
         printJson(progress);
     else
-        printLine(activityText(progress) + "  " + progressLine(progress, terminalWidth() - 12));
-    return done;
-}
-
-int watchActivity(const CommandLine& line) {
-    Agent agent;
-    const QString only = line.arguments.isEmpty() ? QString() : agent.resolve(line.arguments[0]);
-    if (!agent.isRunning()) throw Failure{noAgent, "the agent is not running"};
-    const bool asJson = line.json || !standardOutputIsTerminal();
-    LiveLines live(LiveLines::Output::standardOutput);
-    QSet<QString> running; // with a line that is drawn over
-    QObject::connect(&agent, &Agent::activity, &agent, [&](const QJsonObject& progress) {
-        const QString drive = progress["activePath"].toString();
-        if (!only.isEmpty() && drive != only) return;
-        if (asJson) {
-            printJson(progress);
-        } else if (live.isLive()) {
-            const QString text =
-                drive + " " + progressLine(progress, terminalWidth() - static_cast<int>(drive.size()) - 2);
-            if (!hasEnded(progress)) {
-                running.insert(drive);
-                live.show(drive, text);
-            } else if (running.remove(drive)) {
-                live.keep(drive, text);
-            }
-        } else {
-            printLine(shown(drive) + " " + activityText(progress) + " " + progressLine(progress, terminalWidth()));
-        }
-    });
-    waitUntil(
-        agent, [] { return false; }, std::nullopt);
+        printLine(progressLine(progress, terminalWidth()));
     return done;
 }
 

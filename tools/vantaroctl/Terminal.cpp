@@ -64,17 +64,32 @@ QString shown(const QString& text) {
     return result;
 }
 
-namespace {
+QString wrapped(const QString& text, int indent) {
+    constexpr qsizetype width = 79;
+    QStringList lines;
+    for (const QString& paragraph : text.split('\n')) {
+        QString line = paragraph;
+        while (line.size() > width) {
+            const qsizetype end = line.lastIndexOf(' ', width);
+            if (end <= indent) break; // one long word
+            lines.append(line.left(end));
+            line = QString(indent, ' ') + line.mid(end + 1);
+        }
+        lines.append(line);
+    }
+    return lines.join('\n');
+}
 
-constexpr int narrowestColumn = 10;
-
-// The end of a path says more than its beginning.
 QString clippedAtStart(const QString& text, qsizetype width) {
-    return text.size() > width ? QStringLiteral("…") + text.right(width - 1) : text;
+    return text.size() > width ? QStringLiteral("…") + text.right(std::max<qsizetype>(width - 1, 0)) : text;
 }
 QString clippedAtEnd(const QString& text, qsizetype width) {
     return text.size() > width ? text.left(std::max<qsizetype>(width - 1, 0)) + QStringLiteral("…") : text;
 }
+
+namespace {
+
+constexpr int narrowestColumn = 10;
 
 QList<int> columnWidths(const QStringList& heading, const QList<QStringList>& rows, int width) {
     QList<int> widths;
@@ -139,6 +154,11 @@ QString activityText(const QJsonObject& progress) {
     }
 }
 
+bool hasEnded(const QJsonObject& progress) {
+    const int type = progress["syncActivityType"].toInt();
+    return type == 5 || type == 6;
+}
+
 QString progressLine(const QJsonObject& progress, int width) {
     const double total = progress["syncSize"].toDouble();
     const double handled = progress["syncCopied"].toDouble() + progress["syncSkipPresent"].toDouble() +
@@ -179,36 +199,31 @@ QByteArray LiveLines::frame(const QStringList& lines, int drawn) {
         if (index > 0) bytes += "\r\n";
         bytes += "\x1B[K" + lines[index].toUtf8();
     }
-    if (lines.isEmpty()) bytes += "\x1B[J";
+    if (lines.size() < drawn) bytes += "\x1B[J"; // what stood below
     return bytes;
 }
 
-void LiveLines::show(const QString& key, const QString& text) {
+void LiveLines::show(const QStringList& lines) {
     if (!_live) return;
-    _lines.insert(key, shown(text));
-    draw();
-}
-
-void LiveLines::keep(const QString& key, const QString& text) {
-    if (!_live) return;
-    _lines.remove(key);
-    write(frame({}, _drawn) + clippedAtEnd(shown(text), terminalWidth() - 1).toUtf8() + "\r\n");
-    _drawn = 0;
-    if (!_lines.isEmpty()) draw();
-}
-
-void LiveLines::draw() {
     // A line that fills the last column would wrap, and the next frame would miss it.
-    QStringList lines;
-    for (const QString& line : std::as_const(_lines)) lines.append(clippedAtEnd(line, terminalWidth() - 1));
-    write(frame(lines, _drawn));
-    _drawn = static_cast<int>(lines.size());
+    QStringList fitting;
+    for (const QString& line : lines) fitting.append(clippedAtEnd(shown(line), terminalWidth() - 1));
+    if (fitting == _drawn) return;
+    write(frame(fitting, static_cast<int>(_drawn.size())));
+    _drawn = fitting;
+}
+
+void LiveLines::keep(const QString& line) {
+    if (!_live) return;
+    const QStringList below = _drawn;
+    clear();
+    write(clippedAtEnd(shown(line), terminalWidth() - 1).toUtf8() + "\r\n");
+    if (!below.isEmpty()) show(below);
 }
 
 void LiveLines::clear() {
-    if (_drawn > 0) write(frame({}, _drawn));
-    _drawn = 0;
-    _lines.clear();
+    if (!_drawn.isEmpty()) write(frame({}, static_cast<int>(_drawn.size())));
+    _drawn.clear();
 }
 
 void LiveLines::write(const QByteArray& bytes) const {

@@ -4,7 +4,6 @@
 #include <QByteArray>
 #include <QJsonObject>
 #include <QJsonValue>
-#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -21,17 +20,24 @@ void printError(const QString& text);    // standard error
 void printJson(const QJsonValue& value); // one line on standard output
 // What a terminal may be shown of a text that others made up: control characters become "?".
 [[nodiscard]] QString shown(const QString& text);
+// The text's lines, each broken between words where it is longer than 79 columns; a broken one goes on `indent` to the
+// right.
+[[nodiscard]] QString wrapped(const QString& text, int indent = 0);
 // Rows under a heading, columns as wide as their content. Where they are wider than `width` (0: any width), the first
 // column gives way, then the last.
 [[nodiscard]] QStringList tableLines(const QStringList& heading, const QList<QStringList>& rows, int width);
 void printTable(const QStringList& heading, const QList<QStringList>& rows);
 
+// The end of a path says more than its beginning.
+[[nodiscard]] QString clippedAtStart(const QString& text, qsizetype width);
+[[nodiscard]] QString clippedAtEnd(const QString& text, qsizetype width);
+
 // One line of a sync's progress, at most `width` columns.
 [[nodiscard]] QString progressLine(const QJsonObject& progress, int width);
 [[nodiscard]] QString activityText(const QJsonObject& progress);
+[[nodiscard]] bool hasEnded(const QJsonObject& progress); // a sync, with or without success
 
-// Lines that are drawn over the ones drawn before, one for each key; nothing where the output is no terminal or
-// NO_COLOR is set.
+// Lines that are drawn over the ones drawn before; nothing where the output is no terminal or NO_COLOR is set.
 class LiveLines {
   public:
     enum class Output : std::uint8_t { standardOutput, standardError };
@@ -40,21 +46,19 @@ class LiveLines {
     LiveLines(const LiveLines&) = delete;
     LiveLines& operator=(const LiveLines&) = delete;
 
-    void show(const QString& key, const QString& text);
-    // The last text of `key`: it stays above the lines that are still drawn over.
-    void keep(const QString& key, const QString& text);
+    void show(const QStringList& lines);
+    // One that stays, above those that are still drawn over.
+    void keep(const QString& line);
     void clear();
     [[nodiscard]] bool isLive() const { return _live; }
     // The bytes that draw `lines` where `drawn` lines stand, the cursor behind the last one.
     [[nodiscard]] static QByteArray frame(const QStringList& lines, int drawn);
 
   private:
-    void draw();
     void write(const QByteArray& bytes) const;
     int _descriptor;
     bool _live;
-    int _drawn = 0;
-    QMap<QString, QString> _lines;
+    QStringList _drawn;
 };
 
 } // namespace ctl

@@ -15,6 +15,7 @@ class FakeSessionBus final : public SessionBus {
     BusService* service = nullptr; // while started
     std::vector<std::string> appeared;
     std::vector<std::string> disappeared;
+    std::vector<DriveWaiting> waits;
 
     [[nodiscard]] Result<void> start(BusService& with) override {
         if (startError != 0) return Error{startError, Disposition::goOn, {}, "the bus refused"};
@@ -26,6 +27,9 @@ class FakeSessionBus final : public SessionBus {
     }
     void driveDisappeared(const std::string& mountPoint) override {
         if (service) disappeared.push_back(mountPoint);
+    }
+    void changesWait(const DriveWaiting& drive) override {
+        if (service) waits.push_back(drive);
     }
     void stop() override { service = nullptr; }
 };

@@ -43,11 +43,20 @@ const char* const introspectionXml =
       <arg name="file" type="s" direction="in"/>
       <arg name="answer" type="a{sv}" direction="out"/>
     </method>
+    <method name="Waiting">
+      <arg name="drives" type="aa{sv}" direction="out"/>
+    </method>
     <signal name="Appeared">
       <arg name="mountPoint" type="s"/>
     </signal>
     <signal name="Disappeared">
       <arg name="mountPoint" type="s"/>
+    </signal>
+    <!-- Changed folders wait for the end of the quiet period; no folders: nothing waits for that drive any more. -->
+    <signal name="WaitingChanged">
+      <arg name="mountPoint" type="s"/>
+      <arg name="folders" type="as"/>
+      <arg name="secondsLeft" type="d"/>
     </signal>
   </interface>
   <interface name="com.corvane.vantaro.Notifications">

@@ -11,8 +11,11 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusVirtualObject>
+#include <QElapsedTimer>
+#include <QTimer>
 
 #include <cerrno>
+#include <deque>
 #include <exception>
 #include <string>
 #include <utility>
@@ -20,6 +23,10 @@
 namespace vt {
 
 namespace {
+
+constexpr int patienceAtTheEnd = 1'000; // milliseconds
+constexpr qint64 longestTurn = 5;       // milliseconds of answering before the run loop looks at everything else
+constexpr std::size_t longestLine = 10'000;
 
 QString latin(const char* text) {
     return QString::fromLatin1(text);
@@ -44,50 +51,92 @@ Result<QVariant> dictionaries(const std::vector<Value::Dictionary>& items) {
 
 class QtSessionBus::Object final : public QDBusVirtualObject {
   public:
-    explicit Object(BusService& service) : _service(service) {}
+    explicit Object(BusService& service) : _service(service) {
+        _turn.setInterval(0);
+        QObject::connect(&_turn, &QTimer::timeout, this, [this] { serve(); });
+    }
 
     // The whole introspection text is answered below; this is the part that QtDBus asks for on its own.
     QString introspect(const QString&) const override { return {}; }
 
+    // What is asked of the agent stands in line here and is served a few at a time, so that a flood keeps neither the
+    // main thread's timers and descriptors nor a signal that ends it waiting. The bus library holds a sender back once
+    // too many bytes stand in line; this holds for their number.
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-        try {
-            return handle(message, connection);
-        } catch (const std::exception& exception) {
-            if (message.isReplyRequired())
-                connection.send(message.createErrorReply(qtbus::errorName("Failed"), latin(exception.what())));
-            return true;
-        }
-    }
-
-  private:
-    bool handle(const QDBusMessage& message, const QDBusConnection& connection) {
         const QString interface = message.interface();
         const QString member = message.member();
         if (interface == latin("org.freedesktop.DBus.Introspectable") && member == latin("Introspect")) {
             qtbus::reply(message, connection, QVariant(latin(qtbus::introspectionXml)));
             return true;
         }
+        const bool isOurs =
+            interface.isEmpty() ? isMember(member) : interface.startsWith(latin("com.corvane.vantaro."));
+        if (!isOurs) return false; // QtDBus answers for the standard interfaces
+        if (_line.size() >= longestLine) {
+            if (message.isReplyRequired())
+                connection.send(message.createErrorReply(QDBusError::LimitsExceeded,
+                                                         latin("the agent has too many requests to answer")));
+            return true;
+        }
+        _line.push_back({message, connection});
+        if (!_turn.isActive()) _turn.start();
+        return true;
+    }
+
+  private:
+    struct Request {
+        QDBusMessage message;
+        QDBusConnection connection;
+    };
+
+    void serve() {
+        QElapsedTimer sinceTurn;
+        sinceTurn.start();
+        while (!_line.empty() && sinceTurn.elapsed() < longestTurn) {
+            const Request request = std::move(_line.front());
+            _line.pop_front();
+            try {
+                handle(request.message, request.connection);
+            } catch (const std::exception& exception) {
+                if (request.message.isReplyRequired())
+                    request.connection.send(
+                        request.message.createErrorReply(qtbus::errorName("Failed"), latin(exception.what())));
+            }
+        }
+        if (_line.empty()) _turn.stop();
+    }
+
+    static bool isMember(const QString& member) {
+        for (const char* const own :
+             {"Send", "List", "Volumes", "Waiting", "Adopt", "Forget", "Progress", "Eject", "Explain"})
+            if (member == latin(own)) return true;
+        return false;
+    }
+
+    void handle(const QDBusMessage& message, const QDBusConnection& connection) {
+        const QString interface = message.interface();
+        const QString member = message.member();
         // A caller may leave the interface out: the member decides then.
         const bool events = interface.isEmpty() || interface == latin(qtbus::eventsInterface);
         const bool drives = interface.isEmpty() || interface == latin(qtbus::drivesInterface);
         if (events && member == latin("Send")) {
             if (hasSignature(message, connection, "ssa{s(sv)}")) send(message, connection);
-        } else if (drives && (member == latin("List") || member == latin("Volumes"))) {
-            if (hasSignature(message, connection, ""))
-                qtbus::reply(message, connection,
-                             dictionaries(member == latin("List") ? _service.drives() : _service.volumes()));
+        } else if (drives && (member == latin("List") || member == latin("Volumes") || member == latin("Waiting"))) {
+            if (hasSignature(message, connection, "")) qtbus::reply(message, connection, dictionaries(listed(member)));
         } else if (drives && (member == latin("Adopt") || member == latin("Forget") || member == latin("Progress") ||
                               member == latin("Eject"))) {
             if (hasSignature(message, connection, "s")) onPath(member, message, connection);
         } else if (drives && member == latin("Explain")) {
             if (hasSignature(message, connection, "ss")) explain(message, connection);
-        } else if (interface.startsWith(latin("com.corvane.vantaro."))) {
+        } else if (message.isReplyRequired()) {
             connection.send(message.createErrorReply(QDBusError::UnknownMethod,
                                                      interface + latin(" has no method \"") + member + latin("\"")));
-        } else {
-            return false; // QtDBus answers for the standard interfaces
         }
-        return true;
+    }
+
+    std::vector<Value::Dictionary> listed(const QString& member) {
+        if (member == latin("List")) return _service.drives();
+        return member == latin("Volumes") ? _service.volumes() : _service.waiting();
     }
 
     static void invalidArguments(const QDBusMessage& message, const QDBusConnection& connection, const QString& text) {
@@ -151,6 +200,8 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
     }
 
     BusService& _service;
+    std::deque<Request> _line;
+    QTimer _turn; // fires at each turn of the run loop while somebody stands in line
 };
 
 QtSessionBus::QtSessionBus(QDBusConnection connection) : _connection(std::move(connection)) {}
@@ -182,25 +233,39 @@ Result<void> QtSessionBus::start(BusService& service) {
 }
 
 void QtSessionBus::driveAppeared(const std::string& mountPoint) {
-    emitSignal("Appeared", mountPoint);
+    emitSignal("Appeared", {qtvalues::text(mountPoint)});
 }
 
 void QtSessionBus::driveDisappeared(const std::string& mountPoint) {
-    emitSignal("Disappeared", mountPoint);
+    emitSignal("Disappeared", {qtvalues::text(mountPoint)});
 }
 
-void QtSessionBus::emitSignal(const char* member, const std::string& mountPoint) {
+void QtSessionBus::changesWait(const DriveWaiting& drive) {
+    QStringList folders;
+    for (const std::string& folder : drive.folders) folders.append(qtvalues::text(folder));
+    emitSignal("WaitingChanged", {qtvalues::text(drive.mountPoint), folders, drive.secondsLeft});
+}
+
+void QtSessionBus::emitSignal(const char* member, const QVariantList& arguments) {
     if (!_object) return;
     QDBusMessage signal =
         QDBusMessage::createSignal(latin(qtbus::objectPath), latin(qtbus::drivesInterface), latin(member));
-    signal << qtvalues::text(mountPoint);
+    signal.setArguments(arguments);
     _connection.send(signal);
+}
+
+void QtSessionBus::releaseName() {
+    QDBusMessage release = QDBusMessage::createMethodCall(latin("org.freedesktop.DBus"), latin("/org/freedesktop/DBus"),
+                                                          latin("org.freedesktop.DBus"), latin("ReleaseName"));
+    release << latin(qtbus::busName);
+    // Whatever others have asked meanwhile stands before the answer, and the end does not wait for it.
+    _connection.call(release, QDBus::Block, patienceAtTheEnd);
 }
 
 void QtSessionBus::stop() {
     if (!_object) return;
     if (_connection.isConnected()) {
-        _connection.interface()->unregisterService(latin(qtbus::busName));
+        releaseName();
         _connection.unregisterObject(latin(qtbus::objectPath));
     }
     _object.reset();

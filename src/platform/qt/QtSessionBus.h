@@ -19,10 +19,12 @@ class QtSessionBus final : public SessionBus {
     [[nodiscard]] Result<void> start(BusService& service) override;
     void driveAppeared(const std::string& mountPoint) override;
     void driveDisappeared(const std::string& mountPoint) override;
+    void changesWait(const DriveWaiting& drive) override;
     void stop() override;
 
   private:
-    void emitSignal(const char* member, const std::string& mountPoint);
+    void releaseName();
+    void emitSignal(const char* member, const QVariantList& arguments);
     class Object;
     QDBusConnection _connection;
     std::unique_ptr<Object> _object;
