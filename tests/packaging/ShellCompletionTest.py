@@ -5,6 +5,7 @@ command of its own for the question."""
 
 import os
 import pty
+import select
 import shlex
 import subprocess
 import tempfile
@@ -24,7 +25,7 @@ if [ "$*" = "complete drives" ]; then
 else exec {ctl} "$@"; fi
 """
 
-COMMANDS = ("drives volumes adopt forget query list set-list add drop get set start stop status progress watch remove-sync "
+COMMANDS = ("drives volumes adopt forget explain query list set-list add drop get set start stop status progress watch remove-sync "
             "eject log event debug quit").split()
 DRIVES = ["/media/ann/My Stick", "/mnt/b", "/mnt/c", "My Stick"]
 CLASSES = "unlimited apple-high apple-unlimited apple-low android kindle-fire kindle-fire-hd windows-rt".split()
@@ -58,10 +59,12 @@ ROWS = [
     ("adopt Pic", ["Pictures"]),
     ("add /mnt/b P", ["Pictures", "Plan.txt"]),
     ("set-list /mnt/b Pictures --timeout ", []),
+    ("explain /mnt/b Pl", ["Plan.txt"]),
+    ("explain /mnt/b Plan.txt P", []),
     ("drop /mnt/b Pictures Pl", ["Plan.txt"]),
     ("set-list /mnt/", ["/mnt/b", "/mnt/c"]),
 ] + [(f"{command} /mnt/", ["/mnt/b", "/mnt/c"]) for command in
-     "forget query list add drop get set start stop status progress watch remove-sync eject".split()]
+     "forget explain query list add drop get set start stop status progress watch remove-sync eject".split()]
 
 
 class Terminal:
@@ -82,16 +85,14 @@ class Terminal:
 
     def wait(self):
         """The answer, and its end."""
-        os.set_blocking(self.terminal, False)
         deadline = time.monotonic() + PATIENCE
         shown = b""
         while not (self.answer.exists() and self.answer.read_text().endswith("\n")):
             if time.monotonic() > deadline:
                 raise AssertionError(f"the shell does not answer: {shown.decode('utf-8', 'replace')}")
-            try:
-                shown += os.read(self.terminal, 65536)  # a terminal that nobody reads fills up
-            except BlockingIOError:
-                time.sleep(0.01)
+            # A terminal that nobody reads fills up.
+            if select.select([self.terminal], [], [], 0.02)[0]:
+                shown += os.read(self.terminal, 65536)
         text = self.answer.read_text()
         self.answer.unlink()
         return text.rstrip("\n")
