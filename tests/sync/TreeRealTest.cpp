@@ -70,13 +70,15 @@ class TreeRealTest : public ::testing::Test {
 TEST_F(TreeRealTest, NewTreeArrivesWithContentDatesAndLinks) {
     buildTree(files, files, home.path(),
               {file("F/a", "1", Date::fromSeconds(1'000'000'000, 123'456'789), 0640), file("F/sub/deep/b", "2"),
-               link("F/link", "a"), folder("F/empty"), file("F/P.app/in/c", "3"), file("F/new\nline \xff %@ \"", "4")});
+               link("F/link", "a", Date::fromSeconds(900'000'000, 987'654'321)), folder("F/empty"),
+               file("F/P.app/in/c", "3"), file("F/new\nline \xff %@ \"", "4")});
     EXPECT_TRUE(sync("F"));
     EXPECT_EQ(pathsOf(files, files, root + "/F"), (Lines{"P.app/", "P.app/in/", "P.app/in/c", "a", "link",
                                                          "new\nline \xff %@ \"", "sub/", "sub/deep/", "sub/deep/b"}));
     const auto copied = *files.attributes(root + "/F/a");
     EXPECT_EQ(copied.modified, Date::fromSeconds(1'000'000'000, 123'456'789));
     EXPECT_EQ(copied.mode, 0640U);
+    EXPECT_EQ(files.attributes(root + "/F/link")->modified, Date::fromSeconds(900'000'000, 987'654'321));
     EXPECT_FALSE(files.attributes(work).ok());
     EXPECT_TRUE(left.empty());
     EXPECT_TRUE(lines.empty());

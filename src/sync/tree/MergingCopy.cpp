@@ -179,6 +179,9 @@ bool MergingCopy::copyLink(bool destinationAbsent) {
         if (present) files.remove(_destination, {}).ignore();
         made = files.makeLink(_destination, *target).ok();
     }
+    // Its own date decides nothing, so a drive that keeps none for links is no failure.
+    if (const auto source = files.attributes(_source); made && source)
+        files.setModified(_destination, source->modified).ignore();
     if (!made) _calls.pathFailed(_source, false);
     return made;
 }
