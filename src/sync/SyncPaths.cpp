@@ -44,7 +44,7 @@ std::string SyncPaths::segment(const std::string& item) const {
         components.front() = _userName + "_" + _machineName;
         return paths::joinComponents(components);
     }
-    const std::string form = volumesForm(item, _volumeRoots);
+    std::string form = volumesForm(item, _volumeRoots);
     if (form.starts_with("/Volumes/")) {
         auto components = paths::components(form);
         if (components.size() < 3) return form;

@@ -282,6 +282,7 @@ std::string Stage::syncAndCheck(Party& party, const Event& event) {
     round.request.now = _world.clock.now().nanoseconds();
     round.request.day = dayOf(_world.clock.now());
     round.exact = isPredictable(party, round);
+    round.uncertain = party.uncertain;
     party.log->forget();
     carryOut(party, event, round);
     round.after = treeOf({stick});

@@ -36,7 +36,8 @@ class Stage {
         model::User userBefore;
         model::Request request;
         bool exact = true;
-        bool clean = true; // nothing that fails, no cancel
+        bool clean = true;      // nothing that fails, no cancel
+        bool uncertain = false; // a sync before this one was cancelled or disturbed
         bool success = false;
         bool cancelled = false;
         std::int64_t lastSync = 0;

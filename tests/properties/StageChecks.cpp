@@ -94,7 +94,8 @@ std::string Stage::nothingWasLost(const Round& round) {
             if (!computer->contains(local)) continue;
             const std::int64_t mine = model::newestDate(*computer, local);
             const std::int64_t theirs = model::newestDate(round.before, unit);
-            const bool both = user.lastSync && mine > *user.lastSync && theirs > *user.lastSync;
+            // What a cancelled sync brought is later than the last whole one, and still only an earlier version.
+            const bool both = !round.uncertain && user.lastSync && mine > *user.lastSync && theirs > *user.lastSync;
             // An owed package is put right with the same newest date.
             replaced = replaced || (mine > theirs && !both) || (mine == theirs && unit != path);
         }
