@@ -77,6 +77,8 @@ class Watch(Scripted):
         wait_until(lambda: catches_interrupt(run.pid), "the watching")
         write(self.world.home / "Music/new.mp3", b"new")
         wait_until(lambda: any(line["syncActivityType"] == 6 and line["syncCopied"] for line in lines()), "the sync")
+        # A moment later nothing waits any more, before the end of the sync or behind it.
+        wait_until(lambda: any(line.get("waitingFolders") == [] for line in lines()), "the end of the waiting")
         run.send_signal(signal.SIGINT)
         self.assertEqual((run.wait(), run.stderr.read()), (130, b""))
         run.stderr.close()
