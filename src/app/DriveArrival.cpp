@@ -54,7 +54,7 @@ void DriveArrival::diskAppeared(const Value::Dictionary& description) {
     const Value* internal = numberForKey(description, diskdescription::deviceInternal);
     if (internal != nullptr && !internal->boolValue())
         newDriveAppeared(*mountPoint, vendorOf(description), text(description, diskdescription::volumeUuid),
-                         text(description, diskdescription::mediaBsdName));
+                         text(description, diskdescription::mediaBsdName), nullptr);
     _c.log.flushLog();
 }
 
@@ -84,24 +84,24 @@ void DriveArrival::diskDescriptionChanged(const Value::Dictionary& description) 
     auto uuid = text(description, diskdescription::volumeUuid);
     const auto content = text(description, diskdescription::mediaContent);
     if (!uuid && (content == "DOS_FAT_32" || content == "Windows_FAT_32")) {
-        // A FAT volume has no volume UUID: its size and revision stand in.
+        // A FAT volume has no volume UUID: its size and revision stand in, each empty where the disk does not tell it.
         const Value* size = numberForKey(description, diskdescription::mediaSize);
-        uuid = formatText("%@-%@", {size == nullptr ? Value() : *size,
+        uuid = formatText("%@-%@", {size == nullptr ? std::string() : size->description(),
                                     text(description, diskdescription::deviceRevision).value_or("")});
     }
-    newDriveAppeared(*mountPoint, vendorOf(description), uuid, bsdName);
+    newDriveAppeared(*mountPoint, vendorOf(description), uuid, bsdName, nullptr);
 }
 
-std::string DriveArrival::unmountApproval(const Value::Dictionary& description) {
+std::optional<DriveArrival::Dissenter> DriveArrival::unmountApproval(const Value::Dictionary& description) {
     const auto bsdName = text(description, diskdescription::mediaBsdName);
     const auto controller = bsdName ? _c.registry.controllerForKey(*bsdName) : nullptr;
-    if (!controller) return {};
+    if (!controller) return std::nullopt;
     if (controller->busy()) {
         _c.log.debugMessage(formatText("-DADiskUnmountApproval_Proc: sync in progress: %@", {*bsdName}));
-        return "Sync In Progress";
+        return Dissenter{returnBusy, syncInProgress};
     }
     _c.log.debugMessage(formatText("-DADiskUnmountApproval_Proc: unmount approved: %@", {*bsdName}));
-    return {};
+    return std::nullopt;
 }
 
 void DriveArrival::driveLeaves(const std::string& key) {
@@ -133,7 +133,8 @@ void DriveArrival::showBusyAlert(const std::string& mountPoint) {
 }
 
 void DriveArrival::newDriveAppeared(const std::string& mountPoint, const std::string& vendor,
-                                    const std::optional<std::string>& uuid, const std::optional<std::string>& bsdNode) {
+                                    const std::optional<std::string>& uuid, const std::optional<std::string>& bsdNode,
+                                    const std::shared_ptr<ConnectedDrive>& netService) {
     const std::string shown = paths::displayText(mountPoint);
     _c.log.debugMessage(
         formatText("-newDriveAppeared: %@ vendor: %@ withUUIDString: %@", {shown, vendor, uuid.value_or("")}));
@@ -141,7 +142,10 @@ void DriveArrival::newDriveAppeared(const std::string& mountPoint, const std::st
     {
         const Arriving arriving(_arriving, mountPoint);
         controller = _c.registry.createSyncControllerForMountPoint(mountPoint, vendor, uuid, bsdNode);
-        if (controller) setUp(controller, mountPoint);
+        if (controller) {
+            controller->setNetService(netService);
+            setUp(controller, mountPoint);
+        }
     }
     if (controller && arrived) arrived(mountPoint);
 }

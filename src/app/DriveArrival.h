@@ -9,6 +9,7 @@
 #include "app/MediaSettings.h"
 #include "app/SyncControllerRegistry.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -33,12 +34,20 @@ class DriveArrival final : public VolumeObserver {
     void diskAppeared(const Value::Dictionary& description) override;
     void diskDisappeared(const Value::Dictionary& description) override;
     void diskDescriptionChanged(const Value::Dictionary& description) override;
-    // Empty: approved; else the text of the refusal.
-    [[nodiscard]] std::string unmountApproval(const Value::Dictionary& description);
-    [[nodiscard]] static std::string ejectApproval() { return {}; } // always approved
+    // Why an unmount is refused; null: approved.
+    struct Dissenter {
+        std::uint32_t status = 0; // a disk-arbitration code
+        std::string text;
+        bool operator==(const Dissenter&) const = default;
+    };
+    static constexpr std::uint32_t returnBusy = 0xF8DA'0002;
+    static constexpr const char* syncInProgress = "Sync In Progress";
+    [[nodiscard]] std::optional<Dissenter> unmountApproval(const Value::Dictionary& description);
+    [[nodiscard]] static std::optional<Dissenter> ejectApproval(const Value::Dictionary&) { return std::nullopt; }
 
     void newDriveAppeared(const std::string& mountPoint, const std::string& vendor,
-                          const std::optional<std::string>& uuid, const std::optional<std::string>& bsdNode);
+                          const std::optional<std::string>& uuid, const std::optional<std::string>& bsdNode,
+                          const std::shared_ptr<ConnectedDrive>& netService);
     // The steps above are running for this mount; they serve the main loop while the drive's configuration is written.
     [[nodiscard]] bool isArriving(const std::string& mountPoint) const { return _arriving.count(mountPoint) != 0; }
     // Called when those steps are done, for a mount that has a controller.

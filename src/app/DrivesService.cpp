@@ -17,6 +17,10 @@ Error notServed(const std::string& path) {
             formatText("\"%@\" is not a served drive", {paths::displayText(path)})};
 }
 
+Error inProgress(const std::string& path) {
+    return {EBUSY, Disposition::skipItem, path, DriveArrival::syncInProgress};
+}
+
 // Bus errors carry one text: the path belongs into it.
 Error withPathInText(Error error) {
     if (!error.path.empty()) error.text = formatText("\"%@\": %@", {paths::displayText(error.path), error.text});
@@ -149,13 +153,27 @@ void DrivesService::eject(const std::string& path, Completion done) {
         done(notServed(path));
         return;
     }
-    const auto description = _c.services.volumes.describe(paths::clean(path));
-    const std::string refusal = description ? _arrival.unmountApproval(*description) : std::string();
-    if (!refusal.empty()) {
-        done(Error{EBUSY, Disposition::skipItem, path, refusal});
+    const std::string mountPoint = paths::clean(path);
+    const auto description = _c.services.volumes.describe(mountPoint);
+    if (description && _arrival.unmountApproval(*description)) {
+        done(inProgress(path));
         return;
     }
-    done(_c.services.volumes.unmount(paths::clean(path)));
+    // Everything that is still in memory is written out first: that may take minutes.
+    const std::weak_ptr<VTSyncController> leaving = controller;
+    _c.services.volumes.unmount(mountPoint, [path, leaving, done = std::move(done)](const Result<void>& unmounted) {
+        const auto stays = leaving.lock();
+        if (unmounted.ok())
+            done({});
+        else if (unmounted.code() == EBUSY && stays && stays->busy()) // a sync began after the approval
+            done(inProgress(path));
+        else if (unmounted.code() == ETIMEDOUT)
+            done(Error{ETIMEDOUT, Disposition::skipItem, path,
+                       formatText("\"%@\" is still being written to and leaves when that is done",
+                                  {paths::displayText(path)})});
+        else
+            done(withPathInText(unmounted.error()));
+    });
 }
 
 void DrivesService::explain(const std::string& drive, const std::string& path, DriveCompletion done) {

@@ -32,6 +32,10 @@ bool isFolderDrive(const Value::Dictionary& description) {
     return textFor(description, diskdescription::mediaBsdName).starts_with("diskf");
 }
 
+bool isShare(const Value::Dictionary& description) {
+    return boolForKey(description, diskdescription::volumeNetwork);
+}
+
 AdoptedDrive driveOf(const Value::Dictionary& description) {
     AdoptedDrive drive{paths::clean(textFor(description, diskdescription::volumePath)), std::nullopt,
                        isFolderDrive(description)};
@@ -105,6 +109,8 @@ bool ServedVolumes::namesThisUser(const std::string& mountPoint) {
 
 std::string ServedVolumes::refusalFor(const Value::Dictionary& description) {
     const AdoptedDrive drive = driveOf(description);
+    if (isShare(description)) return "it is a network share";
+    if (paths::isAtOrBelow(_services.system.home(), drive.path)) return "the home folder is on it";
     if (const Value* writable = numberForKey(description, diskdescription::mediaWritable);
         writable && !writable->boolValue())
         return "it is read-only";
@@ -125,6 +131,7 @@ Value::Dictionary ServedVolumes::asServed(const Value::Dictionary& description) 
 void ServedVolumes::note(const Value::Dictionary& description) {
     const std::string key = textFor(description, diskdescription::mediaBsdName);
     const std::string mountPoint = textFor(description, diskdescription::volumePath);
+    if (key.empty()) return;
     if (mountPoint.empty())
         _known.erase(key);
     else
@@ -143,11 +150,28 @@ void ServedVolumes::diskDisappeared(const Value::Dictionary& description) {
 }
 
 void ServedVolumes::diskDescriptionChanged(const Value::Dictionary& description) {
+    const std::string key = textFor(description, diskdescription::mediaBsdName);
+    const auto was = _known.find(key);
+    const std::string left = was == _known.end() ? "" : was->second;
     note(description);
-    const bool known = _isRegistered(textFor(description, diskdescription::mediaBsdName));
+    const bool known = _isRegistered(key);
     const bool mounted = !textFor(description, diskdescription::volumePath).empty();
     if (!known && (!mounted || !refusalFor(description).empty())) return;
     _next.diskDescriptionChanged(asServed(description));
+    if (known && !mounted && !left.empty()) detachIfGone(key, left);
+}
+
+void ServedVolumes::detachIfGone(const std::string& key, const std::string& mountPoint) {
+    _services.volumes.detachGone(key, mountPoint, [alive = std::weak_ptr(_alive), this, mountPoint](const auto& done) {
+        if (alive.expired()) return;
+        const std::string shown = paths::displayText(mountPoint);
+        if (!done.ok())
+            _log.debugMessage(
+                formatText("The mount that a pulled drive left at \"%@\" stays: %@.", {shown, done.error().text}));
+        else if (*done)
+            _log.logMessage(
+                formatText("The drive at \"%@\" was pulled while it was mounted: its mount was taken off.", {shown}));
+    });
 }
 
 Result<void> ServedVolumes::checkAdoptable(const std::string& path) {
@@ -178,6 +202,8 @@ Result<void> ServedVolumes::adopt(const std::string& path) {
     if (auto checked = checkAdoptable(clean); !checked.ok()) return checked;
     auto description = _services.volumes.describe(clean);
     // A second mount of a volume, and one in a place of the system's own, raise no events: they are served as folders.
+    if (description && isShare(*description))
+        return refuse(EINVAL, clean, "a network share is served as one of a wireless drive only");
     if (description && isListed(clean)) {
         const AdoptedDrive drive = driveOf(*description);
         if (auto remembered = _adopted.remember(drive); !remembered.ok()) return remembered;

@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -49,6 +50,8 @@ class ServedVolumes final : public VolumeObserver {
     [[nodiscard]] Value::Dictionary asServed(const Value::Dictionary& description);
     [[nodiscard]] bool isListed(const std::string& mountPoint);
     void note(const Value::Dictionary& description);
+    // A served drive left: the mount that it may have left behind must not stay.
+    void detachIfGone(const std::string& key, const std::string& mountPoint);
     void loadFamily();
 
     ApplicationServices& _services;
@@ -60,6 +63,8 @@ class ServedVolumes final : public VolumeObserver {
     std::unique_ptr<DriveFiles> _files;
     std::vector<std::string> _family;          // lower case
     std::map<std::string, std::string> _known; // mount points that the platform has reported, by media BSD name
+    // What comes later from the run loop runs only while this object lives.
+    std::shared_ptr<const bool> _alive = std::make_shared<const bool>(true);
 };
 
 } // namespace vt

@@ -27,8 +27,10 @@ std::shared_ptr<VTSyncController> SyncControllerRegistry::createSyncControllerFo
     if (auto existing = syncControllerForMountPoint(mountPoint)) return existing;
     const auto node = stringWithDevNodeFromMountPoint(_services.volumes, mountPoint);
     if (!node && !_services.host.isMappedShare(mountPoint)) return nullptr;
+    // The disk that was reported may have gone since: its mount point is then a folder of whatever lies below.
+    if (bsdNode && node != bsdNode) return nullptr;
     auto controller = VTSyncController::controllerForMountPoint(mountPoint, deviceVendor, uuid, bsdNode, _services);
-    if (!controller) return nullptr;
+    if (!controller || stringWithDevNodeFromMountPoint(_services.volumes, mountPoint) != node) return nullptr;
     _syncControllers[node.value_or(mountPoint)] = controller;
     // The key reads empty for a share, which has no device node.
     _log.debugMessage(formatText("syncControllerForMountPoint: created %@ key=%@",

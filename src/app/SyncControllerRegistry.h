@@ -22,7 +22,8 @@ class SyncControllerRegistry {
 
     [[nodiscard]] std::shared_ptr<VTSyncController> syncControllerForMountPoint(const std::string& mountPoint) const;
     [[nodiscard]] std::shared_ptr<VTSyncController> controllerForKey(const std::string& key) const;
-    // An existing controller is answered unchanged. Null: no device node and no mapped share, or it could not be made.
+    // An existing controller is answered unchanged. Null: no device node and no mapped share, another node than
+    // `bsdNode` (the disk has gone), or it could not be made.
     std::shared_ptr<VTSyncController> createSyncControllerForMountPoint(const std::string& mountPoint,
                                                                         const std::string& deviceVendor,
                                                                         const std::optional<std::string>& uuid,

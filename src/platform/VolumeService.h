@@ -9,6 +9,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vt {
@@ -31,7 +32,12 @@ struct DestinationCapabilities {
     bool holdsOwnership = true;
     std::int64_t dateGranularity = 1;  // nanoseconds
     std::uint64_t largestFile = ~0ULL; // bytes
-    std::string reservedCharacters;    // that no name may hold, besides "/" and NUL
+    std::string reservedCharacters;    // bytes that no name may hold, besides "/" and NUL
+    bool holdsAnyBytes = true;         // false: names are text, UTF-8 here
+    bool holdsTrailingDots = true;     // false: they are cut off, which makes another name
+
+    // A file of exactly this name can stand there, as far as the kind of file system tells.
+    [[nodiscard]] bool holdsName(std::string_view name) const;
 };
 
 // Disk descriptions are dictionaries with these keys; a key that is unknown for a disk is absent.
@@ -77,8 +83,16 @@ class VolumeService {
     // not there now, but is remembered until it is removed, and its arrival is reported.
     [[nodiscard]] virtual Result<void> addFolderDrive(const std::string& path) = 0;
     virtual void removeFolderDrive(const std::string& path) = 0;
-    // Unmounts a volume, or lets a folder drive go; the event follows. EBUSY while anything is open on it, EPERM.
-    [[nodiscard]] virtual Result<void> unmount(const std::string& mountPoint) = 0;
+    // Unmounts a volume, or lets a folder drive go, on a thread of its own; `done` comes from the run loop, the event
+    // before or after it. EBUSY while anything is open on it, EPERM, EINVAL: nothing is mounted there, ETIMEDOUT: what
+    // is in memory is still being written out.
+    using UnmountDone = std::function<void(const Result<void>&)>;
+    virtual void unmount(const std::string& mountPoint, UnmountDone done) = 0;
+    // A disk that was pulled while it was mounted leaves its mount behind. Takes it off `mountPoint`, lazily, but only
+    // where it is that disk's and the disk is no longer there; a mount that is alive is never touched. `done` comes
+    // from the run loop: whether a mount was taken off. EPERM: it is there and this user may not.
+    using DetachDone = std::function<void(const Result<bool>&)>;
+    virtual void detachGone(const std::string& mediaBsdName, const std::string& mountPoint, DetachDone done) = 0;
 };
 
 } // namespace vt

@@ -85,10 +85,10 @@ TEST_F(DriveArrivalTest, WithoutContinuousSyncOrParticipationNothingStarts) {
 
 TEST_F(DriveArrivalTest, ABusyDriveThatAppearsAgainIsAnAlert) {
     mountSilently();
-    arrival().newDriveAppeared(AppWorld::stick, "Talmont", "1111-2222", "disk8s1");
+    arrival().newDriveAppeared(AppWorld::stick, "Talmont", "1111-2222", "disk8s1", nullptr);
     world.pass(1000);
     ASSERT_TRUE(world.controllerAt("disk8s1")->busy());
-    arrival().newDriveAppeared(AppWorld::stick, "Corvane", std::nullopt, "disk8s1");
+    arrival().newDriveAppeared(AppWorld::stick, "Corvane", std::nullopt, "disk8s1", nullptr);
     ASSERT_EQ(world.alerts.shown.size(), 1U);
     EXPECT_EQ(world.alerts.shown[0].title, "Cannot Start Sync.");
     EXPECT_EQ(world.alerts.shown[0].message, "The drive \"stick\" is already involved in a sync operation.");
@@ -192,16 +192,79 @@ TEST_F(DriveArrivalTest, TheModelStandsInForAMissingVendor) {
 TEST_F(DriveArrivalTest, UnmountingIsRefusedWhileAnyTaskIsQueuedAndEjectingIsNot) {
     mountSilently();
     const auto description = diskAt(AppWorld::stick, "disk8s1");
-    EXPECT_EQ(arrival().unmountApproval(description), ""); // no controller: no word either
+    EXPECT_EQ(arrival().unmountApproval(description), std::nullopt); // no controller: no word either
     arrival().diskDescriptionChanged(description);
-    EXPECT_EQ(arrival().unmountApproval(description), "");
+    EXPECT_EQ(arrival().unmountApproval(description), std::nullopt);
     EXPECT_TRUE(world.logged("-DADiskUnmountApproval_Proc: unmount approved: disk8s1"));
     world.controllerAt("disk8s1")->setSyncMoviesState(false); // a switch is a task like any other
-    EXPECT_EQ(arrival().unmountApproval(description), "Sync In Progress");
+    EXPECT_EQ(arrival().unmountApproval(description), (DriveArrival::Dissenter{0xF8DA0002, "Sync In Progress"}));
     EXPECT_TRUE(world.logged("-DADiskUnmountApproval_Proc: sync in progress: disk8s1"));
-    EXPECT_EQ(arrival().ejectApproval(), "");
+    EXPECT_EQ(arrival().ejectApproval(description), std::nullopt);
     EXPECT_EQ(world.ask(&DrivesService::eject, AppWorld::stick), "Sync In Progress");
     EXPECT_EQ(world.keys(), Keys{"disk8s1"});
+}
+
+TEST_F(DriveArrivalTest, AnEjectAnswersWhenTheDriveIsUnmountedAndOthersAreServedMeanwhile) {
+    world.mount(AppWorld::stick, "disk8s1", AppWorld::family());
+    world.volumes.unmountsWait = true;
+    std::optional<Result<void>> answer;
+    world.app->drivesService().eject(AppWorld::stick, [&](const Result<void>& done) { answer = done; });
+    world.loop.runPending();
+    EXPECT_FALSE(answer.has_value());
+    EXPECT_EQ(world.app->drivesService().drives().size(), 1U);
+    EXPECT_EQ(world.app->drivesService().volumes().size(), 1U);
+    world.volumes.completeUnmounts();
+    world.loop.runPending();
+    ASSERT_TRUE(answer.has_value());
+    EXPECT_TRUE(answer->ok());
+    EXPECT_EQ(world.keys(), Keys{});
+}
+
+TEST_F(DriveArrivalTest, AnEjectThatFailsSaysWhy) {
+    world.mount(AppWorld::stick, "disk8s1", AppWorld::family());
+    const auto eject = [&] { return world.ask(&DrivesService::eject, AppWorld::stick); };
+    world.volumes.unmountErrors.emplace(AppWorld::stick, Error::fromErrno(EBUSY, AppWorld::stick));
+    EXPECT_EQ(eject(), "\"/media/stick\": Device or resource busy");
+    world.volumes.unmountErrors.at(AppWorld::stick) = Error::fromErrno(ETIMEDOUT, AppWorld::stick);
+    EXPECT_EQ(eject(), "\"/media/stick\" is still being written to and leaves when that is done");
+    // A sync that begins after the approval holds the drive open: the reason is the sync.
+    world.volumes.unmountErrors.at(AppWorld::stick) = Error::fromErrno(EBUSY, AppWorld::stick);
+    world.volumes.unmountsWait = true;
+    std::string said;
+    world.app->drivesService().eject(AppWorld::stick, [&](const Result<void>& done) { said = done.error().text; });
+    world.controllerAt("disk8s1")->sync();
+    world.volumes.completeUnmounts();
+    world.loop.runPending();
+    EXPECT_EQ(said, "Sync In Progress");
+    EXPECT_EQ(world.ask(&DrivesService::eject, "/media/elsewhere"), "\"/media/elsewhere\" is not a served drive");
+    EXPECT_EQ(world.keys(), Keys{"disk8s1"});
+}
+
+TEST_F(DriveArrivalTest, APulledDriveLeavesNoMountBehind) {
+    world.mount(AppWorld::stick, "disk8s1", AppWorld::family());
+    world.volumes.pull("disk8s1");
+    world.loop.runPending();
+    EXPECT_EQ(world.keys(), Keys{});
+    EXPECT_TRUE(world.volumes.leftMounts.empty());
+    EXPECT_TRUE(
+        world.logged("The drive at \"/media/stick\" was pulled while it was mounted: its mount was taken off."));
+}
+
+TEST_F(DriveArrivalTest, TheMountsOfOtherPulledDrivesAreNotTouched) {
+    FakeMount stranger;
+    stranger.uuid = "3333";
+    world.mount("/media/stranger", "disk9s1", stranger);
+    world.volumes.pull("disk9s1");
+    world.loop.runPending();
+    EXPECT_EQ(world.volumes.leftMounts.size(), 1U);
+    // Where taking it off is not permitted it stays, and only the debug log knows.
+    world.mount(AppWorld::stick, "disk8s1", AppWorld::family());
+    world.volumes.unmountErrors.emplace(AppWorld::stick, Error::fromErrno(EPERM, AppWorld::stick));
+    world.volumes.pull("disk8s1");
+    world.loop.runPending();
+    EXPECT_EQ(world.volumes.leftMounts.size(), 2U);
+    EXPECT_TRUE(world.logged("The mount that a pulled drive left at \"/media/stick\" stays: Operation not permitted."));
+    EXPECT_EQ(world.keys(), Keys{});
 }
 
 TEST_F(DriveArrivalTest, AnIncompatibleFileSystemIsSilent) {
@@ -240,6 +303,166 @@ TEST_F(DriveArrivalTest, AKindThatIsSwitchedOffGetsAnEmptyList) {
     ASSERT_GT(all.size(), music.size());
     EXPECT_EQ(all.front(), music.front());
     EXPECT_EQ(all.back(), mediaList(VTMediaClass::appleHigh, MediaKind::documents).back());
+}
+
+// A FAT stick of the family, every key of its description there.
+Value::Dictionary wholeDescription() {
+    auto description = diskAt(AppWorld::stick, "disk8s1");
+    description.insert_or_assign(diskdescription::deviceInternal, false);
+    description.insert_or_assign(diskdescription::deviceModel, std::string("Pushkey"));
+    description.insert_or_assign(diskdescription::deviceRevision, std::string("1.00"));
+    description.insert_or_assign(diskdescription::mediaContent, std::string("DOS_FAT_32"));
+    description.insert_or_assign(diskdescription::mediaSize, std::uint64_t{100});
+    description.insert_or_assign(diskdescription::mediaWritable, true);
+    description.insert_or_assign(diskdescription::volumeKind, std::string("msdos"));
+    description.insert_or_assign(diskdescription::volumeName, std::string("STICK"));
+    description.insert_or_assign(diskdescription::volumeNetwork, false);
+    description.insert_or_assign(diskdescription::volumeUuid, std::string("UUID"));
+    return description;
+}
+
+TEST_F(DriveArrivalTest, AValueThatIsMissingOrOfAnotherKindCountsAsMissing) {
+    struct Row {
+        const char* key;
+        std::string appeared; // what each callback makes of it: "vendor uuid", or "" when no drive arrives
+        std::string changed;
+    };
+    const std::string whole = "Talmont UUID";
+    const Row rows[] = {
+        {diskdescription::volumePath, "", ""},
+        {diskdescription::mediaBsdName, whole, ""},
+        {diskdescription::deviceInternal, "", whole},
+        {diskdescription::deviceVendor, "Pushkey UUID", "Pushkey UUID"},
+        {diskdescription::deviceModel, whole, whole},
+        {diskdescription::deviceRevision, whole, whole},
+        {diskdescription::mediaContent, whole, whole},
+        {diskdescription::mediaSize, whole, whole},
+        {diskdescription::mediaWritable, whole, whole},
+        {diskdescription::volumeKind, whole, whole},
+        {diskdescription::volumeName, whole, whole},
+        {diskdescription::volumeNetwork, whole, whole},
+        {diskdescription::volumeUuid, "Talmont 1-1-1", "Talmont 100-1.00"},
+    };
+    const std::vector<std::pair<const char*, std::optional<Value>>> kinds = {
+        {"missing", std::nullopt}, {"a list", Value(Value::Array{1})}, {"data", Value(Value::Data{"disk8s1"})}};
+    for (const Row& row : rows) {
+        for (const auto& [kind, value] : kinds) {
+            for (const bool isNew : {true, false}) {
+                SCOPED_TRACE(std::string(row.key) + ", " + kind + (isNew ? ", appeared" : ", changed"));
+                AppWorld own;
+                own.start();
+                own.volumes.stopObserving();
+                own.mount(AppWorld::stick, "disk8s1", AppWorld::family());
+                auto description = wholeDescription();
+                description.erase(row.key);
+                if (value) description.emplace(row.key, *value);
+                DriveArrival& arrival = own.app->arrival();
+                isNew ? arrival.diskAppeared(description) : arrival.diskDescriptionChanged(description);
+                const auto controller = own.controllerAt("disk8s1");
+                const std::string made =
+                    controller ? controller->deviceVendor() + " " + controller->deviceUUIDString().value_or("-") : "";
+                EXPECT_EQ(made, isNew ? row.appeared : row.changed);
+                // The drive is told by its name alone when it leaves.
+                const bool named = std::string(row.key) != diskdescription::mediaBsdName;
+                EXPECT_EQ(arrival.unmountApproval(description), std::nullopt);
+                arrival.diskDisappeared(description);
+                EXPECT_EQ(own.keys().empty(), named || made.empty());
+            }
+        }
+    }
+}
+
+TEST_F(DriveArrivalTest, TheStandInOfAFatVolumeLeavesOutWhatTheDiskDoesNotTell) {
+    mountSilently();
+    const std::vector<std::pair<std::vector<const char*>, const char*>> rows = {
+        {{diskdescription::deviceRevision}, "100-"},
+        {{diskdescription::mediaSize}, "-1.00"},
+        {{diskdescription::mediaSize, diskdescription::deviceRevision}, "-"},
+    };
+    for (const auto& [missing, expected] : rows) {
+        auto description = without(wholeDescription(), diskdescription::volumeUuid);
+        for (const char* key : missing) description.erase(key);
+        arrival().diskDescriptionChanged(description);
+        ASSERT_TRUE(world.controllerAt("disk8s1"));
+        EXPECT_EQ(world.controllerAt("disk8s1")->deviceUUIDString(), expected);
+        arrival().diskDisappeared(description);
+    }
+}
+
+TEST_F(DriveArrivalTest, ADriveWithoutVendorAndModelHasAnEmptyVendor) {
+    mountSilently();
+    auto description = wholeDescription();
+    description.erase(diskdescription::deviceVendor);
+    description.erase(diskdescription::deviceModel);
+    arrival().diskAppeared(description);
+    EXPECT_TRUE(world.logged("-newDriveAppeared: /media/stick vendor:  withUUIDString: UUID"));
+    EXPECT_EQ(world.controllerAt("disk8s1")->deviceVendor(), "");
+}
+
+// The stick is pulled just before the n-th look at it: what lies under its mount point is never taken for it.
+TEST_F(DriveArrivalTest, ADriveThatVanishesBetweenItsEventAndAnyLookLeavesNothingBehind) {
+    int looks = 0;
+    for (int pulledAt = 1; pulledAt == 1 || looks >= pulledAt - 1; ++pulledAt) {
+        SCOPED_TRACE(pulledAt);
+        AppWorld own;
+        own.start();
+        own.volumes.stopObserving();
+        own.makeFolders(AppWorld::stick);
+        own.mount(AppWorld::stick, "disk8s1", AppWorld::family());
+        looks = 0;
+        own.volumes.beforeStat = [&](const std::string& path) {
+            if (path != AppWorld::stick || ++looks != pulledAt) return;
+            own.volumes.pull("disk8s1");
+            own.disk.unmount(AppWorld::stick);
+        };
+        own.app->arrival().diskDescriptionChanged(wholeDescription());
+        own.pass(1000);
+        own.volumes.beforeStat = {};
+        if (looks >= pulledAt) {
+            EXPECT_EQ(pathsOf(own.files, own.files, AppWorld::stick), Lines{}) << "the folder below the mount point";
+        } else {
+            EXPECT_TRUE(own.controllerAt("disk8s1")->busy()) << "nothing happened to it";
+        }
+        ASSERT_LT(pulledAt, 100);
+    }
+    EXPECT_GT(looks, 3);
+}
+
+// The first look that fails and still finds a controller made is that of the device check.
+TEST_F(DriveArrivalTest, ADeviceThatIsNoValidOneIsSaidInTheDebugLogOnly) {
+    const std::string invalid = "The drive \"/media/stick\" is not a valid Talmont Pushkey\\U2122 drive.";
+    for (const bool debug : {true, false}) {
+        SCOPED_TRACE(debug);
+        bool made = false;
+        for (int failsFrom = 1; !made; ++failsFrom) {
+            ASSERT_LT(failsFrom, 20);
+            AppWorld own(debug);
+            own.start();
+            own.volumes.stopObserving();
+            own.mount(AppWorld::stick, "disk8s1", AppWorld::family());
+            int looks = 0;
+            own.volumes.beforeStat = [&](const std::string& path) {
+                if (path == AppWorld::stick && ++looks == failsFrom)
+                    own.volumes.statErrors.emplace(path, Error::fromErrno(ENODEV, path));
+            };
+            own.app->arrival().diskDescriptionChanged(wholeDescription());
+            made = own.controllerAt("disk8s1") != nullptr;
+            const auto lines = own.log();
+            const auto said = std::find(lines.begin(), lines.end(), "Cannot Start Sync.");
+            EXPECT_EQ(said != lines.end(), made && debug);
+            if (made && debug) {
+                EXPECT_EQ(*(said - 1),
+                          "-isValidDevice: cannot get statfs information about \"/media/stick\" (19, No such "
+                          "device)");
+                EXPECT_EQ(*(said + 1), invalid);
+            }
+            EXPECT_TRUE(own.alerts.shown.empty());
+            own.volumes.beforeStat = {};
+            own.pass(2000);
+            EXPECT_FALSE(made && own.controllerAt("disk8s1")->busy()) << "no sync on connect";
+            EXPECT_EQ(own.read(std::string(AppWorld::stick) + "/.VantaroConfig"), std::nullopt);
+        }
+    }
 }
 
 } // namespace

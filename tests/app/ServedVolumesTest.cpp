@@ -154,6 +154,32 @@ TEST_F(ServedVolumesTest, AFolderDriveGoesAndComesWithItsFolder) {
     EXPECT_EQ(world.keys(), Keys{});
 }
 
+TEST_F(ServedVolumesTest, TheDiskOfTheHomeFolderIsNoDriveWhoeverMadeIt) {
+    for (const char* place : {"/home/ada", "/home"}) {
+        SCOPED_TRACE(place);
+        AppWorld own;
+        own.start();
+        own.volumes.mount("disk8s1", place, AppWorld::family());
+        own.loop.runPending();
+        EXPECT_EQ(own.keys(), Keys{});
+        EXPECT_EQ(own.reason(place), "the home folder is on it");
+    }
+    world.mount("/home/ada/stick", "disk8s2", AppWorld::family());
+    EXPECT_EQ(world.keys(), Keys{"disk8s2"});
+}
+
+TEST_F(ServedVolumesTest, ANetworkShareIsNotAdopted) {
+    FakeMount share;
+    share.network = true;
+    share.fileSystem = "smbfs";
+    share.mountedFrom = "//GUEST:@192.168.1.7/public";
+    world.mount("/mnt/share", "share", share);
+    EXPECT_EQ(world.reason("/mnt/share"), "it is a network share");
+    EXPECT_EQ(world.adopt("/mnt/share"), "\"/mnt/share\": a network share is served as one of a wireless drive only");
+    EXPECT_EQ(world.keys(), Keys{});
+    EXPECT_EQ(pathsOf(world.files, world.files, "/mnt/share"), Keys{});
+}
+
 TEST_F(ServedVolumesTest, WhatCannotBeADriveIsRefused) {
     world.makeFolders("/home/ada/.config/com.corvane.vantaro");
     world.makeFolders("/home/ada/.local/state/vantaro/inside");

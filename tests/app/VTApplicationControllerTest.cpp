@@ -96,6 +96,39 @@ TEST(VTApplicationController, CleanupQueuesTheEndOfEveryWorkerOnce) {
     EXPECT_TRUE(world.app->registry().all().empty());
 }
 
+TEST(VTApplicationController, CleanupEndsEverythingInItsOrder) {
+    AppWorld world;
+    world.start();
+    world.mount(AppWorld::stick, "disk8s1", AppWorld::family());
+    ASSERT_EQ(world.events.watched(), Lines{"/home/ada/Music"});
+    Lines order;
+    const auto note = [&](const std::string& what) {
+        const std::string held = world.keys().empty() ? "" : ", drives held";
+        order.push_back(what + ", " + world.app->uniqueHostUserId() + held);
+    };
+    world.notifications.observationEnds = [&](const std::string& name) { note("observation of " + name); };
+    world.volumes.observingEnds = [&] { note("disk events"); };
+    world.bus.ends = [&] {
+        note("bus");
+        world.system.address = "FFFFFFFFFFFF"; // what a forgotten identity is asked anew from
+    };
+    world.events.onStreamEnd([&] { note("folder stream"); });
+    world.threads.letRun();
+    world.app->cleanup();
+    world.notifications.observationEnds = {};
+    EXPECT_EQ(order,
+              (Lines{"observation of com.corvane.vantaro.eventdata.notification.evt, 0A1B2C3D4E5F-501, drives held",
+                     "disk events, 0A1B2C3D4E5F-501, drives held", "bus, 0A1B2C3D4E5F-501, drives held",
+                     "folder stream, FFFFFFFFFFFF-501, drives held"}));
+    EXPECT_EQ(world.keys(), Lines{});
+    // What still comes finds nobody: neither a disk event nor an approval nor a command.
+    EXPECT_EQ(world.bus.service, nullptr);
+    world.mountAgain(AppWorld::stick, "disk8s1");
+    world.pass(20'000);
+    EXPECT_EQ(world.keys(), Lines{});
+    EXPECT_EQ(order.size(), 4U);
+}
+
 TEST(VTApplicationController, OpenedFilesAskForASyncOfTheirDrive) {
     AppWorld world;
     world.start();

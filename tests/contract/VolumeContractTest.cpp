@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <optional>
 
 namespace vt::test {
 namespace {
@@ -51,6 +52,25 @@ template <typename Ground> class VolumeContract : public ::testing::Test {
         return events;
     }
 
+    Result<void> unmounted(const std::string& mountPoint) {
+        Result<void> answer = Error::fromErrno(ETIMEDOUT, mountPoint);
+        bool done = false;
+        volumes.unmount(mountPoint, [&](const Result<void>& result) {
+            answer = result;
+            done = true;
+        });
+        EXPECT_FALSE(done) << "the answer comes from the run loop";
+        EXPECT_TRUE(ground.loop.runUntil([&] { return done; }));
+        return answer;
+    }
+    // Whether a mount was taken off.
+    bool detached(const std::string& bsdName, const std::string& mountPoint) {
+        std::optional<bool> answer;
+        volumes.detachGone(bsdName, mountPoint, [&](const Result<bool>& result) { answer = result.valueOr(false); });
+        EXPECT_TRUE(ground.loop.runUntil([&] { return answer.has_value(); }));
+        return answer.value_or(false);
+    }
+
     Ground ground;
     VolumeService& volumes = ground.volumes;
     VolumeRecorder recorder;
@@ -90,7 +110,7 @@ TYPED_TEST(VolumeContract, AMountedDiskIsListedUntilItIsUnmounted) {
     EXPECT_FALSE(lists(this->volumes, point));
     this->ground.mountDisk(point);
     EXPECT_TRUE(lists(this->volumes, point));
-    ASSERT_TRUE(this->volumes.unmount(point).ok());
+    ASSERT_TRUE(this->unmounted(point).ok());
     EXPECT_FALSE(lists(this->volumes, point));
     EXPECT_FALSE(this->volumes.describe(point).has_value());
 }
@@ -209,9 +229,26 @@ TYPED_TEST(VolumeContract, AFileIsNoFolderDrive) {
 TYPED_TEST(VolumeContract, UnmountingAFolderDriveLetsItGo) {
     const std::string folder = this->ground.makeFolder("folder");
     ASSERT_TRUE(this->volumes.addFolderDrive(folder).ok());
-    ASSERT_TRUE(this->volumes.unmount(folder).ok());
+    ASSERT_TRUE(this->unmounted(folder).ok());
     EXPECT_FALSE(lists(this->volumes, folder));
-    EXPECT_EQ(this->volumes.unmount(folder).code(), EINVAL);
+    EXPECT_EQ(this->unmounted(folder).code(), EINVAL);
+}
+
+TYPED_TEST(VolumeContract, APulledDiskLeavesAMountBehindThatIsTakenOff) {
+    const std::string point = this->ground.makeFolder("drive");
+    this->ground.mountDisk(point);
+    const std::string key = text(*this->volumes.describe(point), key::mediaBsdName);
+    this->observe();
+    EXPECT_FALSE(this->detached(key, point)) << "a mount that is alive is never touched";
+    EXPECT_TRUE(lists(this->volumes, point));
+    this->ground.pullDisk(point);
+    ASSERT_TRUE(this->sees("disappeared"));
+    EXPECT_EQ(this->recorder.events, (Events{"changed", "disappeared"}));
+    EXPECT_FALSE(lists(this->volumes, point));
+    EXPECT_FALSE(this->detached("disk8s99", point)) << "it is not that disk's";
+    EXPECT_FALSE(this->detached(key, this->ground.makeFolder("elsewhere")));
+    EXPECT_TRUE(this->detached(key, point + "/"));
+    EXPECT_FALSE(this->detached(key, point)) << "nothing is left";
 }
 
 TYPED_TEST(VolumeContract, NothingArrivesAfterTheEndOfObserving) {
@@ -249,9 +286,46 @@ TEST_F(LinuxVolumesTest, AnOpenFileKeepsTheVolume) {
     {
         const UniqueFd open(::open(point.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         ASSERT_TRUE(open.isOpen());
-        EXPECT_EQ(volumes.unmount(point).code(), EBUSY);
+        EXPECT_EQ(unmounted(point).code(), EBUSY);
     }
-    EXPECT_TRUE(volumes.unmount(point).ok());
+    EXPECT_TRUE(unmounted(point).ok());
+}
+
+TEST_F(LinuxVolumesTest, WhatWasMountedOverAPulledDiskStays) {
+    const std::string point = ground.makeFolder("drive");
+    ground.mountDisk(point);
+    const std::string pulled = text(*volumes.describe(point), key::mediaBsdName);
+    ground.pullDisk(point);
+    ASSERT_EQ(::mount("memory", point.c_str(), "tmpfs", 0, "size=1m"), 0);
+    ground.mounted.push_back(point);
+    EXPECT_FALSE(detached(pulled, point));
+    EXPECT_EQ(volumes.statVolume(point)->typeName, "tmpfs");
+    ASSERT_EQ(::umount2(point.c_str(), 0), 0);
+    EXPECT_TRUE(detached(pulled, point));
+    EXPECT_FALSE(std::filesystem::exists(point + "/lost+found"));
+}
+
+TEST_F(LinuxVolumesTest, AFolderDriveLeavesWithTheDiskThatIsPulled) {
+    const std::string point = ground.makeFolder("drive");
+    ground.mountDisk(point);
+    const std::string folder = ground.makeFolder("drive/folder");
+    ASSERT_TRUE(volumes.addFolderDrive(folder).ok());
+    observe();
+    ground.pullDisk(point);
+    ASSERT_TRUE(sees("disappeared"));
+    EXPECT_TRUE(ground.loop.runUntil([&] { return !lists(volumes, folder); }));
+}
+
+TEST_F(LinuxVolumesTest, ASecondMountOfAServedDriveInTheSystemsPlacesIsNoDeparture) {
+    const std::string point = ground.makeFolder("drive");
+    ground.mountDisk(point);
+    observe();
+    ASSERT_EQ(::mount(point.c_str(), "/opt", nullptr, MS_BIND, nullptr), 0);
+    ground.mounted.push_back("/opt");
+    EXPECT_EQ(eventsSoFar(), Events{});
+    EXPECT_TRUE(lists(volumes, point));
+    ASSERT_EQ(::umount2("/opt", 0), 0);
+    EXPECT_EQ(eventsSoFar(), Events{});
 }
 
 TEST_F(LinuxVolumesTest, EveryNativeDiskHasADevice) {

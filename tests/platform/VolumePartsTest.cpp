@@ -2,6 +2,7 @@
 #include "platform/linux/volumes/DeviceNumber.h"
 #include "platform/linux/volumes/DiskDescriptions.h"
 #include "platform/linux/volumes/FileSystemTraits.h"
+#include "platform/linux/volumes/MountPlaces.h"
 #include "platform/linux/volumes/NetworkShares.h"
 #include "platform/linux/volumes/TimedCall.h"
 #include "platform/linux/volumes/VolumeSurvey.h"
@@ -87,12 +88,44 @@ TEST(FolderUuid, TheSamePathHasTheSameOne) {
     EXPECT_EQ(folderUuid("/a").size(), 36U);
 }
 
-TEST(SystemMountPoints, NoDriveIsMountedThere) {
-    for (const char* system : {"/", "/home", "/boot/efi", "/run", "/run/user/1000/doc", "/var/lib/docker/x", "/tmp",
-                               "/dev/shm", "/run/media", "/media"})
-        EXPECT_TRUE(isSystemMountPoint(system)) << system;
-    for (const char* place : {"/media/user/STICK", "/run/media/user/STICK", "/mnt/backup", "/home/user/mnt", "/data"})
-        EXPECT_FALSE(isSystemMountPoint(place)) << place;
+TEST(MountPlaces, APersonMountsDrivesAnywhereButInTheSystemsOwnPlaces) {
+    const std::vector<std::pair<MountPlace, std::vector<const char*>>> rows = {
+        {MountPlace::drive,
+         {"/media",
+          "/mnt",
+          "/media/STICK",
+          "/media/user/STICK",
+          "/run/media/user/STICK",
+          "/run/media/STICK",
+          "/mnt/backup",
+          "/home/user",
+          "/home/user/mnt",
+          "/root/mnt",
+          "/tmp/x",
+          "/srv/backup",
+          "/opt/backup",
+          "/var/mnt/backup",
+          "/var/home/user/mnt",
+          "/var/backups",
+          "/var/local/disk",
+          "/var/www",
+          "/var/tmp/x",
+          "/data",
+          "/volumes/x",
+          "/usrdata",
+          "/bootdisk",
+          "/libs",
+          "/runs/x"}},
+        {MountPlace::system,
+         {"/",        "/home", "/root",     "/tmp",     "/srv",       "/opt",       "/var", "/var/home",
+          "/var/tmp", "/boot", "/boot/efi", "/efi",     "/usr",       "/usr/local", "/etc", "/etc/hosts",
+          "/bin",     "/sbin", "/lib",      "/lib64/x", "/nix/store", "/sysroot"}},
+        {MountPlace::program,
+         {"/proc", "/sys/fs/cgroup", "/dev/shm", "/run", "/run/media", "/run/user/1000/doc", "/run/timeshift/1/backup",
+          "/snap/core/1", "/var/lib/docker/x", "/var/log", "/var/cache/x", "/var/spool/x", "/var/run/x"}},
+    };
+    for (const auto& [place, paths] : rows)
+        for (const char* path : paths) EXPECT_EQ(mountPlace(path), place) << path;
 }
 
 MountEntry mounted(std::uint32_t minor, const std::string& target, const std::string& root = "/") {
@@ -118,6 +151,22 @@ TEST(VolumeSurvey, ADeviceIsOneVolumeAtItsFirstMount) {
     EXPECT_EQ(targets({mounted(1, "/mnt/a"), mounted(1, "/mnt/b"), mounted(1, "/mnt/c")}, before),
               (Targets{{"disk8s1", "/mnt/b"}}));
     EXPECT_EQ(targets({mounted(1, "/"), mounted(1, "/mnt/a"), mounted(2, "/mnt/b")}), (Targets{{"disk8s2", "/mnt/b"}}));
+}
+
+TEST(VolumeSurvey, AnotherMountOfAKnownDriveIsNoDepartureWhereverItIs) {
+    using Targets = std::map<std::string, std::string>;
+    VolumeSnapshot before;
+    before["disk8s1"].mountPoint = "/mnt/a";
+    for (const char* second : {"/run/timeshift/1/backup", "/var/lib/docker/volumes/x/_data", "/etc/x", "/opt"}) {
+        EXPECT_EQ(targets({mounted(1, "/mnt/a"), mounted(1, second)}, before), (Targets{{"disk8s1", "/mnt/a"}}))
+            << second;
+        EXPECT_EQ(targets({mounted(1, second), mounted(1, "/mnt/a")}, before), (Targets{{"disk8s1", "/mnt/a"}}))
+            << second;
+    }
+    // One that is not known is a drive unless the system stands on it.
+    EXPECT_EQ(targets({mounted(1, "/mnt/a"), mounted(1, "/run/x")}), (Targets{{"disk8s1", "/mnt/a"}}));
+    EXPECT_EQ(targets({mounted(1, "/mnt/a"), mounted(1, "/opt")}), Targets{});
+    EXPECT_EQ(targets({mounted(1, "/run/x")}), Targets{});
 }
 
 TEST(TimedCalls, AnAnswerInTimeIsPassedOn) {

@@ -4,6 +4,7 @@
 #include "platform/fake/FakeRunLoop.h"
 #include "platform/fake/FakeVolumes.h"
 #include "platform/linux/Spawn.h"
+#include "platform/linux/volumes/DeviceNumber.h"
 #include "platform/linux/volumes/LinuxVolumes.h"
 #include "support/TemporaryFolder.h"
 
@@ -51,6 +52,7 @@ struct FakeVolumeGround {
         volumes.move(keys[to], to);
     }
     void unmountDisk(const std::string& mountPoint) { volumes.unmountKey(keys[mountPoint]); }
+    void pullDisk(const std::string& mountPoint) { volumes.pull(keys[mountPoint]); }
     void forbidFolder(const std::string& path, int code) { volumes.folderErrors[path] = code; }
 };
 
@@ -95,6 +97,13 @@ struct LinuxVolumeGround {
     }
     void unmountDisk(const std::string& mountPoint) {
         if (::umount2(mountPoint.c_str(), 0) != 0) throw std::runtime_error("no unmount of " + mountPoint);
+    }
+    // The disk has gone from one moment to the next: a device without a single sector has no medium.
+    void pullDisk(const std::string& mountPoint) {
+        const std::string device =
+            "/dev/loop" + std::to_string(DeviceNumber::fromBsdName(volumes.statVolume(mountPoint)->mountedFrom)->minor);
+        std::filesystem::resize_file(folder / "ext4.img", 0);
+        runTool({"losetup", "-c", device});
     }
     void forbidFolder(const std::string& path, int code) {
         std::filesystem::remove_all(path);

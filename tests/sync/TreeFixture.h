@@ -58,7 +58,8 @@ class DiskVolumes : public VolumeService {
     void stopObserving() override {}
     [[nodiscard]] Result<void> addFolderDrive(const std::string&) override { return {}; }
     void removeFolderDrive(const std::string&) override {}
-    [[nodiscard]] Result<void> unmount(const std::string&) override { return {}; }
+    void unmount(const std::string&, UnmountDone) override {}
+    void detachGone(const std::string&, const std::string&, DetachDone) override {}
 
     std::map<std::string, std::string> types;
     std::map<std::string, std::uint64_t> freeBytes;

@@ -116,6 +116,13 @@ class Drive:
         fcntl.ioctl(root, _SHUTDOWN, struct.pack("I", 2))
         os.close(root)
 
+    def vanish(self):
+        """The stick is pulled out while it is mounted: the device has no medium any more, its mount stays."""
+        device = subprocess.run(["findmnt", "-no", "SOURCE", str(self.mounted[-1])], check=True, capture_output=True,
+                                text=True).stdout.strip()
+        os.truncate(self.image, 0)
+        subprocess.run(["losetup", "-c", device], check=True)
+
     def __enter__(self):
         return self
 

@@ -3,12 +3,13 @@
 import os
 import plistlib
 import subprocess
+import tempfile
 import time
 import unittest
 from pathlib import Path
 
 from drive_ground import Drive
-from support import SystemTest, World, copies_folder, facts, wait_until, write
+from support import BIN, SystemTest, World, copies_folder, facts, wait_until, write
 
 
 class DriveTest:
@@ -257,20 +258,78 @@ class Arrival(SystemTest, DriveTest):
         (self.world.folder / "away").rename(folder)
         self.syncs_by_itself(folder)
 
-    def test_the_sync_starts_one_second_after_the_arrival(self):
+    def test_the_sync_starts_within_a_second_of_its_time(self):
         drive = self.drive().mount()
         self.world.start()
         self.world.adopt(drive.mount_point)
-        drive.let_go()
+        # What else the computer does can only make it later.
+        waited = []
+        while len(waited) < 1 or min(waited) >= 2 and len(waited) < 5:
+            drive.let_go()
+            wait_until(lambda: self.served() == [], "the departure")
+            count = self.world.messages().count('Synchronizing "drive"...')
+            drive.mount()
+            mounted = time.monotonic()
+            wait_until(lambda: self.world.messages().count('Synchronizing "drive"...') > count, "the sync on connect")
+            waited.append(time.monotonic() - mounted)
+            self.assertGreaterEqual(waited[-1], 0.9, "it is due one second after the arrival")
+            wait_until(lambda: not self.world.json("drives")[0]["busy"], "its end")
+        print("from the mount to the start of the sync:", ", ".join(f"{time:.2f} s" for time in waited), flush=True)
+        self.assertLess(min(waited), 2.0)
+
+    def test_drives_are_served_wherever_a_person_mounts_them(self):
+        self.world.start()
+        for base in ("/mnt", "/media", "/run/media/ada", "/srv", "/opt", "/var", "/var/tmp", "/var/backups", self.world.home):
+            with self.subTest(base=str(base)):
+                if not os.path.isdir(base):
+                    os.makedirs(base)
+                    self.addCleanup(os.removedirs, base)
+                place = Path(tempfile.mkdtemp(prefix="vantaro-test-", dir=base))
+                self.addCleanup(place.rmdir)
+                drive = self.drive(str(len(os.listdir(self.world.folder)))).mount(at=place)
+                wait_until(lambda: any(row["mountPoint"] == str(place) for row in self.world.json("volumes")), "its report")
+                self.assertEqual(self.reason(place), "it was not adopted")
+                self.world.adopt(place)
+                self.assertEqual(self.served(), [str(place)])
+                self.assertEqual(facts(copies_folder(place) / "Music"), facts(self.world.home / "Music"))
+                drive.let_go()
+                wait_until(lambda: self.served() == [], "the departure")
+
+    def test_drives_in_the_systems_own_places_are_not(self):
+        self.world.start()
+        for base in ("/run", "/var/lib", "/usr/local"):
+            with self.subTest(base=base):
+                place = Path(tempfile.mkdtemp(prefix="vantaro-test-", dir=base))
+                self.addCleanup(place.rmdir)
+                hidden = self.drive(f"hidden {len(os.listdir(self.world.folder))}").mount(at=place)
+                mark = self.drive(f"mark {len(os.listdir(self.world.folder))}").mount()
+                wait_until(lambda: any(row["mountPoint"] == str(mark.mount_point) for row in self.world.json("volumes")),
+                           "a later mount")
+                self.assertFalse([row for row in self.world.json("volumes") if row["mountPoint"] == str(place)])
+                hidden.unmount()
+                mark.unmount()
+
+    def test_other_callers_are_answered_while_a_drive_is_unmounted(self):
+        drive = self.drive().mount()
+        self.world.start(("strace", "-f", "-qq", "-o", "/dev/null", "-e", "trace=umount2",
+                          "-e", "inject=umount2:delay_enter=10000000"))
+        self.world.adopt(drive.mount_point)
+        wait_until(lambda: not self.world.json("drives")[0]["busy"], "rest")
+        ejects = subprocess.Popen([str(BIN / "vantaroctl"), "eject", str(drive.mount_point)], env=self.world.env)
+        try:
+            answers = 0
+            while ejects.poll() is None and answers < 3:
+                self.world.ctl("volumes", timeout=10)
+                self.assertEqual(self.served(), [str(drive.mount_point)])
+                answers += 1
+            self.assertEqual(answers, 3, "each was answered before the drive had left")
+            self.assertIsNone(ejects.poll())
+            self.assertEqual(ejects.wait(60), 0)
+        finally:
+            ejects.kill()
+        self.assertFalse(os.path.ismount(drive.mount_point))
+        drive.left()
         wait_until(lambda: self.served() == [], "the departure")
-        count = self.world.messages().count('Synchronizing "drive"...')
-        drive.mount()
-        mounted = time.monotonic()
-        wait_until(lambda: self.world.messages().count('Synchronizing "drive"...') > count, "the sync on connect")
-        waited = time.monotonic() - mounted
-        print(f"from the mount to the start of the sync: {waited:.2f} s", flush=True)
-        self.assertGreaterEqual(waited, 0.9)
-        self.assertLess(waited, 10, "one second, and up to one more until the worker looks")
 
 
 if __name__ == "__main__":

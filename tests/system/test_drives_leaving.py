@@ -125,6 +125,26 @@ class Leaving(SystemTest, DriveTest):
         self.assertEqual(os.listdir(self.point), [])
         self.returns()
 
+    def test_a_stick_that_is_pulled_out_leaves_no_mount_and_no_file_behind(self):
+        stranger = self.drive("stranger").mount()
+        self.assertEqual(self.reason(stranger.mount_point), "it was not adopted")
+        self.mounted.vanish()
+        stranger.vanish()
+        wait_until(lambda: self.served() == [], "the departure")
+        wait_until(lambda: not os.path.ismount(self.point), "the end of the mount")
+        self.gate.open()
+        self.failed()
+        self.assertEqual(os.listdir(self.point), [])
+        self.assertLogged(self.world, f'The drive at "{self.point}" was pulled while it was mounted: its mount was taken off.')
+        self.assertTrue(os.path.ismount(stranger.mount_point), "what is not served is not touched")
+        self.is_well()
+        self.mounted.left()
+        # Another stick takes its place.
+        other = self.drive("other").mount(at=self.point)
+        self.world.adopt(self.point)
+        self.assertEqual(facts(copies_folder(self.point) / "Music"), facts(self.world.home / "Music"))
+        other.let_go()
+
     def test_a_drive_that_turns_read_only_gets_the_rest_later(self):
         # What is open for writing refuses the remount, so the worker stands at the gate.
         subprocess.run(["mount", "-o", "remount,ro", str(self.point)], check=True)

@@ -34,7 +34,8 @@ class StillVolumes : public VolumeService {
     void stopObserving() override {}
     [[nodiscard]] Result<void> addFolderDrive(const std::string&) override { return {}; }
     void removeFolderDrive(const std::string&) override {}
-    [[nodiscard]] Result<void> unmount(const std::string&) override { return {}; }
+    void unmount(const std::string&, UnmountDone) override {}
+    void detachGone(const std::string&, const std::string&, DetachDone) override {}
 };
 
 VolumeStat mountedFrom(const std::string& name) {

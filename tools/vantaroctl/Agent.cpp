@@ -21,7 +21,8 @@ constexpr const char* drivesInterface = "com.corvane.vantaro.Drives";
 constexpr const char* eventsInterface = "com.corvane.vantaro.Events";
 constexpr const char* notificationsInterface = "com.corvane.vantaro.Notifications";
 constexpr const char* activityName = "com.corvane.vantaro.syncInProgress.notification.evt";
-constexpr int patience = 60'000; // milliseconds for one call
+constexpr int patience = 60'000;       // milliseconds for one call
+constexpr int ejectPatience = 150'000; // what is in memory may take its time to reach the drive
 
 QJsonValue toJsonValue(const QVariant& variant) {
     if (variant.userType() == qMetaTypeId<QDBusArgument>()) {
@@ -93,11 +94,11 @@ Agent::Agent() : _bus(QDBusConnection::sessionBus()) {
     if (!_bus.isConnected()) throw Failure{noAgent, "there is no session bus"};
 }
 
-QVariantList Agent::call(const char* interface, const char* method, const QVariantList& arguments) {
+QVariantList Agent::call(const char* interface, const char* method, const QVariantList& arguments, int milliseconds) {
     QDBusMessage message = QDBusMessage::createMethodCall(service, object, interface, method);
     message.setArguments(arguments);
     message.setAutoStartService(false);
-    const QDBusMessage reply = _bus.call(message, QDBus::Block, patience);
+    const QDBusMessage reply = _bus.call(message, QDBus::Block, milliseconds > 0 ? milliseconds : patience);
     if (reply.type() != QDBusMessage::ErrorMessage) return reply.arguments();
     const QString name = reply.errorName();
     if (name == "org.freedesktop.DBus.Error.ServiceUnknown" || name == "org.freedesktop.DBus.Error.NameHasNoOwner" ||
@@ -132,7 +133,7 @@ void Agent::forget(const QByteArray& path) {
     call(drivesInterface, "Forget", {busText(path)});
 }
 void Agent::eject(const QByteArray& path) {
-    call(drivesInterface, "Eject", {busText(path)});
+    call(drivesInterface, "Eject", {busText(path)}, ejectPatience);
 }
 
 QJsonObject Agent::explain(const QString& mountPoint, const QByteArray& path) {

@@ -60,7 +60,8 @@ class Agent : public QObject {
 
   private:
     [[nodiscard]] QString resolve(const QByteArray& drive, bool below);
-    QVariantList call(const char* interface, const char* method, const QVariantList& arguments);
+    // 0: as patient as with any call.
+    QVariantList call(const char* interface, const char* method, const QVariantList& arguments, int milliseconds = 0);
     QDBusConnection _bus;
 };
 

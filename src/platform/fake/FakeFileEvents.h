@@ -7,6 +7,7 @@
 #include "platform/RunLoop.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -31,6 +32,7 @@ class FakeFileEvents final : public FileEvents {
         for (const auto& entry : _table->entries) paths.push_back(entry->path);
         return paths;
     }
+    void onStreamEnd(std::function<void()> tell) { _table->streamEnds = std::move(tell); }
     // Something changed at `path`: every stream of it or of a folder above it is told.
     void fire(const std::string& path) { tell(path, false); }
     // The folder has come to be watched.
@@ -55,13 +57,17 @@ class FakeFileEvents final : public FileEvents {
     };
     struct Table {
         std::vector<std::shared_ptr<Entry>> entries;
+        std::function<void()> streamEnds; // may be empty
         std::uint64_t lastEventId = 0;
     };
     class Stream final : public FileEventStream {
       public:
         Stream(std::shared_ptr<Table> table, std::shared_ptr<Entry> entry)
             : _table(std::move(table)), _entry(std::move(entry)) {}
-        ~Stream() override { std::erase(_table->entries, _entry); }
+        ~Stream() override {
+            std::erase(_table->entries, _entry);
+            if (_table->streamEnds) _table->streamEnds();
+        }
         Stream(const Stream&) = delete;
         Stream& operator=(const Stream&) = delete;
         [[nodiscard]] std::uint64_t latestEventId() const override { return _entry->latestEventId; }

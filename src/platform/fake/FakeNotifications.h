@@ -5,8 +5,10 @@
 #include "platform/NotificationObservers.h"
 #include "platform/RunLoop.h"
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vt {
@@ -43,10 +45,27 @@ class FakeNotifications final : public Notifications {
     }
     [[nodiscard]] std::unique_ptr<Observation> observe(const std::string& name, const std::string& object,
                                                        Handler handler) override {
-        return _observers->add(name, object, std::move(handler));
+        return std::make_unique<Ending>(_observers->add(name, object, std::move(handler)), [this, name] {
+            if (observationEnds) observationEnds(name);
+        });
     }
+    std::function<void(const std::string& name)> observationEnds; // may be empty
 
   private:
+    // Tells when it is let go.
+    class Ending final : public Observation {
+      public:
+        Ending(std::unique_ptr<Observation> held, std::function<void()> ends)
+            : _held(std::move(held)), _ends(std::move(ends)) {}
+        ~Ending() override { _ends(); }
+        Ending(const Ending&) = delete;
+        Ending& operator=(const Ending&) = delete;
+
+      private:
+        std::unique_ptr<Observation> _held;
+        std::function<void()> _ends;
+    };
+
     RunLoop& _runLoop;
     std::shared_ptr<NotificationObservers> _observers = std::make_shared<NotificationObservers>();
 };

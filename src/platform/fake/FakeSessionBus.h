@@ -4,6 +4,7 @@
 #include "platform/SessionBus.h"
 
 #include <cerrno>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -31,7 +32,11 @@ class FakeSessionBus final : public SessionBus {
     void changesWait(const DriveWaiting& drive) override {
         if (service) waits.push_back(drive);
     }
-    void stop() override { service = nullptr; }
+    void stop() override {
+        if (service && ends) ends();
+        service = nullptr;
+    }
+    std::function<void()> ends; // may be empty
 };
 
 } // namespace vt

@@ -80,6 +80,13 @@ void FakeVolumes::unplug(const std::string& name) {
     report(&VolumeObserver::diskDisappeared, description(name, disk));
 }
 
+void FakeVolumes::pull(const std::string& name) {
+    leftMounts[_disks.at(name).mountPoint] = name;
+    setMountPoint(name, {});
+    report(&VolumeObserver::diskDescriptionChanged, description(name, _disks.at(name)));
+    unplug(name);
+}
+
 void FakeVolumes::move(const std::string& name, const std::string& mountPoint) {
     unmountKey(name);
     mount(name, mountPoint);
@@ -140,6 +147,7 @@ std::string FakeVolumes::keyOf(const std::string& mountPoint) const {
 
 Result<VolumeStat> FakeVolumes::statVolume(const std::string& path) {
     const std::string clean = paths::clean(path);
+    if (beforeStat) beforeStat(clean);
     const std::lock_guard guard(_lock);
     const auto error = statErrors.find(clean);
     if (error != statErrors.end()) return error->second;
@@ -183,6 +191,7 @@ void FakeVolumes::startObserving(VolumeObserver& observer) {
 }
 
 void FakeVolumes::stopObserving() {
+    if (_inbox->observer && observingEnds) observingEnds();
     _inbox->observer = nullptr;
 }
 
@@ -210,7 +219,7 @@ void FakeVolumes::removeFolderDrive(const std::string& path) {
     _disks.erase(name);
 }
 
-Result<void> FakeVolumes::unmount(const std::string& mountPoint) {
+Result<void> FakeVolumes::unmountNow(const std::string& mountPoint) {
     const std::string path = paths::clean(mountPoint);
     const auto error = unmountErrors.find(path);
     if (error != unmountErrors.end()) return error->second;
@@ -221,6 +230,30 @@ Result<void> FakeVolumes::unmount(const std::string& mountPoint) {
     else
         unmountKey(name);
     return {};
+}
+
+void FakeVolumes::unmount(const std::string& mountPoint, UnmountDone done) {
+    auto work = [this, mountPoint, done = std::move(done)] {
+        _runLoop.performLater([done, result = unmountNow(mountPoint)] { done(result); });
+    };
+    if (unmountsWait)
+        _waitingUnmounts.emplace_back(std::move(work));
+    else
+        work();
+}
+
+void FakeVolumes::completeUnmounts() {
+    for (const auto& work : std::exchange(_waitingUnmounts, {})) work();
+}
+
+void FakeVolumes::detachGone(const std::string& mediaBsdName, const std::string& mountPoint, DetachDone done) {
+    const auto left = leftMounts.find(paths::clean(mountPoint));
+    const bool isItsOwn = left != leftMounts.end() && left->second == mediaBsdName;
+    const auto error = unmountErrors.find(paths::clean(mountPoint));
+    const bool refused = isItsOwn && error != unmountErrors.end();
+    if (isItsOwn && !refused) leftMounts.erase(left);
+    _runLoop.performLater([done = std::move(done),
+                           result = refused ? Result<bool>(error->second) : Result<bool>(isItsOwn)] { done(result); });
 }
 
 } // namespace vt

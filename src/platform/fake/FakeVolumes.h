@@ -41,12 +41,19 @@ class FakeVolumes final : public VolumeService {
     // Plugs it first where that has not happened. A share has one event: it appears with its path.
     void mount(const std::string& key, const std::string& mountPoint, const FakeMount& volume = {});
     void unmountKey(const std::string& key);
-    void unplug(const std::string& key); // pulled without an unmount: it disappears
+    void unplug(const std::string& key); // it disappears; one that is mounted is unmounted by whoever mounted it
+    void pull(const std::string& key);   // pulled while it is mounted: its mount stays behind
+    std::map<std::string, std::string> leftMounts; // keys of disks that were pulled, by mount point
+    // Keeps unmounts waiting until completeUnmounts(), as a drive does that still has much to write out.
+    bool unmountsWait = false;
+    void completeUnmounts();
     void move(const std::string& key, const std::string& mountPoint);
     // Edits a volume without an event: full disks, read-only remounts.
     FakeMount& volume(const std::string& key) { return _disks.at(key).volume; }
     // Errors of single calls, by path; erase to end them.
     std::map<std::string, Error> statErrors;
+    std::function<void()> observingEnds;                     // may be empty
+    std::function<void(const std::string& path)> beforeStat; // the volume may change between an event and a look
     std::map<std::string, Error> unmountErrors;
     // What addFolderDrive() answers for a path; every other folder is there.
     std::map<std::string, int> folderErrors;
@@ -62,7 +69,8 @@ class FakeVolumes final : public VolumeService {
     void stopObserving() override;
     [[nodiscard]] Result<void> addFolderDrive(const std::string& path) override;
     void removeFolderDrive(const std::string& path) override;
-    [[nodiscard]] Result<void> unmount(const std::string& mountPoint) override;
+    void unmount(const std::string& mountPoint, UnmountDone done) override;
+    void detachGone(const std::string& mediaBsdName, const std::string& mountPoint, DetachDone done) override;
 
   private:
     struct Disk {
@@ -80,12 +88,14 @@ class FakeVolumes final : public VolumeService {
     void report(Report what, Value::Dictionary description);
     void setMountPoint(const std::string& key, const std::string& mountPoint);
     void folderCame(const std::string& path, bool plugged);
+    [[nodiscard]] Result<void> unmountNow(const std::string& mountPoint);
 
     RunLoop& _runLoop;
     std::shared_ptr<Inbox> _inbox;
     mutable std::mutex _lock;
     std::map<std::string, Disk> _disks;             // by key, folder drives too
     std::map<std::string, std::string> _folderKeys; // of adopted paths, there or away
+    std::vector<std::function<void()>> _waitingUnmounts;
     int _nextFolder = 1;
 };
 

@@ -164,10 +164,11 @@ std::string readContentType(DeviceNumber number) {
 }
 
 bool deviceIsPresent(DeviceNumber number) {
-    const std::string base = number.sysPath();
-    const UniqueFd size(::open((base + "/size").c_str(), O_RDONLY | O_CLOEXEC));
+    const UniqueFd size(::open((number.sysPath() + "/size").c_str(), O_RDONLY | O_CLOEXEC));
+    // Where the system tells nothing of any device (no sysfs), that is no word about this one.
+    if (!size.isOpen()) return ::access("/sys/dev/block", F_OK) != 0;
     char first = '0';
-    return size.isOpen() && ::read(size.get(), &first, 1) == 1 && first != '0';
+    return ::read(size.get(), &first, 1) == 1 && first != '0';
 }
 
 } // namespace vt

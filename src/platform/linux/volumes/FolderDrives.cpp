@@ -2,6 +2,8 @@
 
 #include "base/Paths.h"
 #include "platform/linux/UniqueFd.h"
+#include "platform/linux/volumes/DeviceFacts.h"
+#include "platform/linux/volumes/DiskDescriptions.h"
 #include "platform/linux/volumes/OpenedPath.h"
 
 #include <algorithm>
@@ -27,6 +29,9 @@ std::optional<FolderDrives::Look> FolderDrives::lookAt(const std::string& path, 
     look.inode = opened->inode();
     look.device = opened->device();
     if (const MountEntry* mount = opened->mount(table)) {
+        // On a disk that was pulled the folder can still be opened, but nothing can be kept there any more.
+        const auto device = blockDeviceOf(*mount);
+        if (device && !deviceIsPresent(*device)) return std::nullopt;
         look.holder = mount->target;
         look.fileSystem = mount->type;
     }

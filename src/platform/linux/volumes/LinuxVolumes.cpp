@@ -1,9 +1,12 @@
 #include "platform/linux/volumes/LinuxVolumes.h"
 
 #include "base/Paths.h"
+#include "platform/linux/volumes/BackgroundCalls.h"
+#include "platform/linux/volumes/DeviceFacts.h"
 #include "platform/linux/volumes/DiskDescriptions.h"
 #include "platform/linux/volumes/FileSystemTraits.h"
 #include "platform/linux/volumes/FolderDrives.h"
+#include "platform/linux/volumes/MountPlaces.h"
 #include "platform/linux/volumes/NetworkShares.h"
 #include "platform/linux/volumes/TimedCall.h"
 #include "platform/linux/volumes/Unmount.h"
@@ -12,6 +15,7 @@
 #include "platform/linux/volumes/VolumeSurvey.h"
 
 #include <algorithm>
+#include <mutex>
 #include <set>
 #include <utility>
 
@@ -25,6 +29,20 @@ struct LinuxVolumes::Core {
     TimedCalls unmounts;
 
     [[nodiscard]] Result<VolumeLook> look(const std::string& path);
+    // What the watch saw last: where a drive that is mounted twice is served. Empty while nobody observes.
+    [[nodiscard]] std::shared_ptr<const VolumeSnapshot> lastLook() const {
+        const std::lock_guard guard(_lookLock);
+        return _lastLook;
+    }
+    void setLastLook(VolumeSnapshot look) {
+        auto next = std::make_shared<const VolumeSnapshot>(std::move(look));
+        const std::lock_guard guard(_lookLock);
+        _lastLook.swap(next);
+    }
+
+  private:
+    mutable std::mutex _lookLock;
+    std::shared_ptr<const VolumeSnapshot> _lastLook = std::make_shared<const VolumeSnapshot>();
 };
 
 // Only a share or a program's file system may take its time; everything else is asked directly.
@@ -60,10 +78,10 @@ class LinuxVolumes::Watch {
         const VolumeSnapshot& now = _survey.look();
         // Taken after the look, so that none is missed; one that the look still saw counts at the next.
         _forgotten.merge(_core->folders.takeForgotten());
-        auto events = _isFirst ? firstVolumeEvents(now) : volumeEvents(_before, now, _forgotten);
+        auto events = _isFirst ? firstVolumeEvents(now) : volumeEvents(*_core->lastLook(), now, _forgotten);
         std::erase_if(_forgotten, [&now](const std::string& key) { return !now.contains(key); });
         _isFirst = false;
-        _before = now;
+        _core->setLastLook(now);
         if (!events.empty())
             _runLoop.performLater([inbox = _inbox, events = std::move(events)] { deliver(*inbox, events); });
         return _survey.mustPoll();
@@ -88,8 +106,7 @@ class LinuxVolumes::Watch {
 
     RunLoop& _runLoop;
     std::shared_ptr<Core> _core;
-    VolumeSurvey _survey; // monitor's thread, as the three below
-    VolumeSnapshot _before;
+    VolumeSurvey _survey;             // monitor's thread, as the two below
     std::set<std::string> _forgotten; // keys of folder drives that were let go
     bool _isFirst = true;
     std::shared_ptr<Inbox> _inbox;
@@ -97,9 +114,12 @@ class LinuxVolumes::Watch {
 };
 
 LinuxVolumes::LinuxVolumes(RunLoop& runLoop, LinuxVolumesSettings settings)
-    : _runLoop(runLoop), _core(std::make_shared<Core>(settings)) {}
+    : _runLoop(runLoop), _core(std::make_shared<Core>(settings)),
+      _background(std::make_shared<BackgroundCalls>(runLoop)) {}
 
-LinuxVolumes::~LinuxVolumes() = default;
+LinuxVolumes::~LinuxVolumes() {
+    _background->end();
+}
 
 Result<VolumeStat> LinuxVolumes::statVolume(const std::string& path) {
     const auto look = _core->look(path);
@@ -145,14 +165,17 @@ std::vector<std::string> LinuxVolumes::mountedVolumes() {
     std::vector<std::string> volumes;
     const auto table = readSettledMountTable();
     if (!table) return volumes;
-    for (const auto& [key, mount] : VolumeSurvey::disks(*table, {})) volumes.push_back(mount.target);
+    for (const auto& [key, mount] : VolumeSurvey::disks(*table, *_core->lastLook())) {
+        const auto device = blockDeviceOf(mount);
+        if (device && deviceIsPresent(*device)) volumes.push_back(mount.target);
+    }
     for (const ShareMount& share : VolumeSurvey::shares(*table, _core->calls).shares)
         volumes.push_back(share.mountPoint);
     for (const MountEntry& mount : *table) {
         const FileSystemNature nature = fileSystemTraits(mount.type).nature;
         const bool plain = nature == FileSystemNature::memory || nature == FileSystemNature::user;
         const bool onDevice = blockDeviceOf(mount).has_value();
-        if (plain && !onDevice && !isSystemMountPoint(mount.target)) volumes.push_back(mount.target);
+        if (plain && !onDevice && mountPlace(mount.target) == MountPlace::drive) volumes.push_back(mount.target);
     }
     for (const FolderDrive& drive : _core->folders.refresh(*table)) volumes.push_back(drive.path);
     std::sort(volumes.begin(), volumes.end());
@@ -180,12 +203,13 @@ std::optional<Value::Dictionary> LinuxVolumes::describe(const std::string& mount
 }
 
 void LinuxVolumes::startObserving(VolumeObserver& observer) {
-    _watch.reset();
+    stopObserving();
     _watch = std::make_unique<Watch>(_runLoop, _core, observer);
 }
 
 void LinuxVolumes::stopObserving() {
     _watch.reset();
+    _core->setLastLook({});
 }
 
 Result<void> LinuxVolumes::addFolderDrive(const std::string& path) {
@@ -199,13 +223,26 @@ void LinuxVolumes::removeFolderDrive(const std::string& path) {
     if (_watch) _watch->lookAgain();
 }
 
-Result<void> LinuxVolumes::unmount(const std::string& mountPoint) {
+void LinuxVolumes::unmount(const std::string& mountPoint, UnmountDone done) {
     const std::string path = paths::clean(mountPoint);
     if (_core->folders.at(path)) {
         removeFolderDrive(path);
-        return {};
+        _runLoop.performLater([done = std::move(done)] { done({}); });
+        return;
     }
-    return _core->unmounts.run<void>(path, [path] { return unmountVolume(path); });
+    _background->run<void>(
+        [core = _core, path] { return core->unmounts.run<void>(path, [path] { return unmountVolume(path); }); },
+        std::move(done));
+}
+
+void LinuxVolumes::detachGone(const std::string& mediaBsdName, const std::string& mountPoint, DetachDone done) {
+    const std::string path = paths::clean(mountPoint);
+    const auto device = DeviceNumber::fromBsdName(mediaBsdName);
+    if (!device) {
+        _runLoop.performLater([done = std::move(done)] { done(false); });
+        return;
+    }
+    _background->run<bool>([path, device = *device] { return detachGoneMount(path, device); }, std::move(done));
 }
 
 } // namespace vt

@@ -1,6 +1,6 @@
 // The volumes of this computer: mount table, udev, sysfs and the devices themselves, and folder drives.
 // Thread: as VolumeService; events reach the observer from the run loop.
-// Owns: a helper thread while observed.
+// Owns: a helper thread while observed, and one for each unmount that is under way.
 // Errors: ETIMEDOUT from statVolume() when a share or a program's file system does not answer.
 #pragma once
 
@@ -11,6 +11,8 @@
 #include <memory>
 
 namespace vt {
+
+class BackgroundCalls;
 
 struct LinuxVolumesSettings {
     // How long a share or a program's file system may take to answer.
@@ -35,13 +37,15 @@ class LinuxVolumes final : public VolumeService {
     void stopObserving() override;
     [[nodiscard]] Result<void> addFolderDrive(const std::string& path) override;
     void removeFolderDrive(const std::string& path) override;
-    [[nodiscard]] Result<void> unmount(const std::string& mountPoint) override;
+    void unmount(const std::string& mountPoint, UnmountDone done) override;
+    void detachGone(const std::string& mediaBsdName, const std::string& mountPoint, DetachDone done) override;
 
   private:
     struct Core;
     class Watch;
     RunLoop& _runLoop;
     std::shared_ptr<Core> _core; // shared with calls that still hang
+    std::shared_ptr<BackgroundCalls> _background;
     std::unique_ptr<Watch> _watch;
 };
 

@@ -5,10 +5,10 @@
 #include "platform/linux/volumes/DeviceFacts.h"
 #include "platform/linux/volumes/DiskDescriptions.h"
 #include "platform/linux/volumes/FileSystemTraits.h"
+#include "platform/linux/volumes/MountPlaces.h"
 #include "platform/linux/volumes/NetworkShares.h"
 
 #include <algorithm>
-#include <array>
 #include <dirent.h>
 #include <memory>
 #include <set>
@@ -39,41 +39,34 @@ Result<std::vector<std::string>> namesIn(const std::string& folder) {
 
 } // namespace
 
-bool isSystemMountPoint(std::string_view path) {
-    if (paths::isAtOrBelow(path, "/run/media") && path != "/run/media") return false;
-    // At the folder itself only: people mount below them.
-    static constexpr std::array<std::string_view, 8> folders = {"/",    "/home",  "/root", "/tmp",
-                                                                "/mnt", "/media", "/srv",  "/opt"};
-    static constexpr std::array<std::string_view, 14> trees = {"/proc", "/sys", "/dev",  "/run", "/boot",
-                                                               "/efi",  "/usr", "/etc",  "/bin", "/sbin",
-                                                               "/lib",  "/nix", "/snap", "/var"};
-    const auto below = [&](std::string_view tree) { return paths::isAtOrBelow(path, tree); };
-    return std::find(folders.begin(), folders.end(), path) != folders.end() ||
-           std::any_of(trees.begin(), trees.end(), below);
-}
-
 std::map<std::string, MountEntry> VolumeSurvey::disks(const MountTable& table, const VolumeSnapshot& before) {
     std::map<std::string, MountEntry> disks;
     std::set<std::string> systemDevices;
+    const auto isWhereItWas = [&before](const std::string& key, const std::string& mountPoint) {
+        const auto known = before.find(key);
+        return known != before.end() && known->second.mountPoint == mountPoint;
+    };
     for (const MountEntry& entry : table) {
+        const MountPlace place = mountPlace(entry.target);
+        if (place == MountPlace::program) continue;
         const auto device = blockDeviceOf(entry);
         if (!device) continue;
         const std::string key = device->bsdName();
-        if (isSystemMountPoint(entry.target)) {
+        if (place == MountPlace::system) {
             systemDevices.insert(key);
             continue;
         }
-        const auto known = before.find(key);
-        const bool servedHere = known != before.end() && known->second.mountPoint == entry.target;
         const auto found = disks.find(key);
-        const bool better = found == disks.end() || servedHere || (found->second.root != "/" && entry.root == "/");
-        const bool keptHere =
-            found != disks.end() && known != before.end() && known->second.mountPoint == found->second.target;
-        if (!better || (keptHere && !servedHere)) continue;
-        if (entry.root != "/" && !isFolder(entry.target)) continue;
+        const bool isWholeAtLast = found != disks.end() && found->second.root != "/" && entry.root == "/";
+        const bool better = found == disks.end() || isWhereItWas(key, entry.target) ||
+                            (isWholeAtLast && !isWhereItWas(key, found->second.target));
+        if (!better || (entry.root != "/" && !isFolder(entry.target))) continue;
         disks.insert_or_assign(key, entry);
     }
-    for (const std::string& key : systemDevices) disks.erase(key);
+    // Another mount of a known drive is no departure, wherever it is.
+    std::erase_if(disks, [&](const auto& disk) {
+        return systemDevices.contains(disk.first) && !isWhereItWas(disk.first, disk.second.target);
+    });
     return disks;
 }
 
@@ -88,7 +81,7 @@ ShareLook VolumeSurvey::shares(const MountTable& table, TimedCalls& calls) {
             for (const std::string& name : *names)
                 if (const auto from = shareOfDesktopEntry(name))
                     look.shares.push_back({paths::join(entry.target, name), *from});
-        } else if (fileSystemTraits(entry.type).statName == "smbfs" && !isSystemMountPoint(entry.target)) {
+        } else if (fileSystemTraits(entry.type).statName == "smbfs" && mountPlace(entry.target) == MountPlace::drive) {
             look.shares.push_back({entry.target, shareOfKernelMount(entry)});
         }
     }

@@ -9,14 +9,9 @@
 
 #include <map>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace vt {
-
-// The root, the system's own folders and what lies below them: no drive is mounted there. /run/media and the desktop's
-// mount folder are not among them.
-[[nodiscard]] bool isSystemMountPoint(std::string_view path);
 
 struct ShareMount {
     std::string mountPoint;
