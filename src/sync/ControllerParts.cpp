@@ -53,6 +53,7 @@ VTSyncController::Parts::Parts(const std::string& mountPoint, const std::string&
                          OwedRecord::stateName(driveKey(services.volumes, mountPoint, uuid))),
              services.system.bootId(), [this](const std::string& path) { return owed.record().knownToFail(path); },
              [this](const std::string& staged) { pass.leftBehind(staged); },
+             [this](std::uint64_t bytes) { pass.nameRefused(bytes); },
              [this](const std::string& path, const FileAttributes& source) { copied.wasCopied(path, source); }}),
       pass(passServices()), listUpdate({*configuration, drive->files(), services.workspace, log, delegate, mountPoint}),
       runner(

@@ -8,6 +8,7 @@ namespace vt {
 StagingTools::StagingTools(Services services)
     : _services(std::move(services)),
       _logLine([&log = _services.log](const std::string& text) { log.logMessage(text); }),
+      _refusedNames(_capabilities, _services.log, _services.nameRefused),
       _filter(_services.drive.files(), _services.cancel),
       _journal(_services.journalFolder,
                {_services.drive.files(), _services.drive.contents(), _services.clock,
@@ -19,7 +20,7 @@ StagingTools::StagingTools(Services services)
       _guard(_services.paths.target(), _services.paths.driveWork(),
              {_keepAside, _besides, &_journal, _logLine, _services.wasCopied, &_capabilities}),
       _tree({_services.drive.files(), _services.drive.copier(), _services.volumes, _filter, _services.log, &_guard,
-             &_guard, &_capabilities, _services.knownToFail, closed()}),
+             &_guard, &_capabilities, _services.knownToFail, closed(), &_refusedNames}),
       _folders({_services.paths.target(), _services.paths.driveWork(), _services.paths.localWork()},
                {_services.drive.files(), _services.workspace, _tree,
                 // The work folders' debug lines are ordinary lines of the log, with a time stamp.

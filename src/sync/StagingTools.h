@@ -7,6 +7,7 @@
 #include "platform/VolumeService.h"
 #include "platform/Workspace.h"
 #include "sync/CancelMark.h"
+#include "sync/RefusedNames.h"
 #include "sync/SyncPaths.h"
 #include "sync/SyncProcess.h"
 #include "sync/WorkerDelegate.h"
@@ -20,6 +21,7 @@
 #include "sync/workfolders/CommitGuard.h"
 #include "sync/workfolders/WorkFolders.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -43,6 +45,7 @@ class StagingTools {
         std::string bootId;
         std::function<bool(const std::string&)> knownToFail;       // a path on the computer
         std::function<void(const std::string& staged)> leftBehind; // the commit did not move it
+        std::function<void(std::uint64_t bytes)> nameRefused;      // the drive cannot hold an item's name
         // A whole file was copied that will stand at `path` on the drive.
         std::function<void(const std::string& path, const FileAttributes& source)> wasCopied;
     };
@@ -56,6 +59,7 @@ class StagingTools {
         return [this](const FileAttributes& folder) { return isServedRoot(folder); };
     }
 
+    [[nodiscard]] RefusedNames& refusedNames() { return _refusedNames; }
     [[nodiscard]] PassFilter& filter() { return _filter; }
     [[nodiscard]] TreeOperations& tree() { return _tree; }
     [[nodiscard]] WorkFolders& folders() { return _folders; }
@@ -74,6 +78,7 @@ class StagingTools {
     DestinationCapabilities _capabilities;
     std::vector<SyncProcess::Root> _servedRoots;
     std::function<void(const std::string&)> _logLine;
+    RefusedNames _refusedNames;
     PassFilter _filter;
     CopyJournal _journal;
     KeepAside _keepAside;

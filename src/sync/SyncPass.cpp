@@ -115,7 +115,7 @@ bool SyncPass::compareItems(const std::vector<ChosenItem>& items) {
     _previousSyncTime = _services.lastSyncTime.get();
     ItemComparison comparison({_services.files, _services.paths, snapshot, _services.tools.filter(), _services.cancel,
                                _scanResults, _services.progress, _services.log, _tally, owed, &doubts,
-                               &_services.copied, drive.dateGranularity},
+                               &_services.copied, drive.dateGranularity, &_services.tools.refusedNames()},
                               NameRule(drive.caseSensitive), _previousSyncTime);
     for (std::size_t i = 0; i < items.size(); ++i) {
         const std::string local = _services.paths.local(items[i].path);
@@ -208,7 +208,8 @@ void SyncPass::settle() {
     const bool committed = _committed && !_services.drive.isGone();
     _services.owed.settle(_scanResults, _tally, walked, committed);
     _services.copied.settle(committed, walked && !_bDoingContinuousSync);
-    if (walked && committed && _tally.failedOrSkipped == 0) _services.tools.journal().settle(_finalPaths);
+    if (walked && committed && _tally.failedOrSkipped == _tally.refusedNames)
+        _services.tools.journal().settle(_finalPaths);
 }
 
 void SyncPass::syncThreadCleanupAfterSync() {
@@ -240,6 +241,11 @@ std::string SyncPass::computerPathOf(const std::string& staged) {
 void SyncPass::leftBehind(const std::string& staged) {
     _leftBehind = true;
     _tally.fail(computerPathOf(staged), OwedReason::staged);
+}
+
+void SyncPass::nameRefused(std::uint64_t bytes) {
+    _tally.refuseName();
+    _services.progress.accumulateSkipFilteredData(bytes);
 }
 
 void SyncPass::leftOut(const std::string& source, OwedReason reason) {

@@ -75,6 +75,7 @@ class SyncPass {
     // A staged item that stays where it is; and a path on the computer that was left out.
     void leftBehind(const std::string& staged);
     void leftOut(const std::string& source, OwedReason reason);
+    void nameRefused(std::uint64_t bytes);
     [[nodiscard]] PassTally& tally() { return _tally; }
 
   private:

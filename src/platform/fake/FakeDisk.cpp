@@ -142,7 +142,7 @@ int FakeDisk::refusalOfNew(const FakeSpot& spot, std::size_t bytes) {
     if (const int code = refusalOfChange(spot); code != 0) return code;
     if (spot.name.size() > longestName) return ENAMETOOLONG;
     const DestinationCapabilities& capabilities = spot.volume->capabilities;
-    if (spot.name.find_first_of(capabilities.reservedCharacters) != std::string::npos) return EINVAL;
+    if (!capabilities.holdsName(spot.name)) return EINVAL;
     if (bytes > capabilities.largestFile) return EFBIG;
     return bytes > freeBytes(*spot.volume) ? ENOSPC : 0;
 }

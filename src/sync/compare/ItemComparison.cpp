@@ -67,7 +67,7 @@ bool ItemComparison::syncThreadSyncItem(const std::string& itemPath, Index local
     bool result = true;
     if (_services.cancel.pending()) {
         result = _services.cancel.returnValue();
-    } else {
+    } else if (!there || !nameIsRefused(item, local, item.drive.substr(_services.paths.target().size()))) {
         bool usable = true;
         const auto drive = lookOnDrive(item.drive, usable);
         if (!usable) {
@@ -81,6 +81,12 @@ bool ItemComparison::syncThreadSyncItem(const std::string& itemPath, Index local
     }
     closingLines(item, result);
     return result;
+}
+
+bool ItemComparison::nameIsRefused(const Item& item, Index local, std::string_view names) {
+    if (_services.refusedNames == nullptr || !_services.refusedNames->refuses(names)) return false;
+    _services.refusedNames->leaveOut(item.local, _services.snapshot.estimate(local));
+    return true;
 }
 
 std::optional<FileAttributes> ItemComparison::lookOnDrive(const std::string& path, bool& usable) {

@@ -5,6 +5,7 @@
 
 #include "platform/FileService.h"
 #include "sync/CancelMark.h"
+#include "sync/RefusedNames.h"
 #include "sync/SyncPaths.h"
 #include "sync/compare/ComputerSnapshot.h"
 #include "sync/compare/DriveFolder.h"
@@ -39,6 +40,7 @@ class ItemComparison {
         const CopyDoubts* doubts = nullptr; // copies of an earlier run that may be short
         CopiedRecord* copied = nullptr;     // what was copied earlier, where the person wants it remembered
         std::int64_t dateGranularity = 1;   // of the drive, nanoseconds
+        RefusedNames* refusedNames = nullptr;
     };
     ItemComparison(Services services, NameRule rule, std::optional<Date> lastSync);
 
@@ -75,6 +77,8 @@ class ItemComparison {
     Answer nextChild(Frame& frame, Item& child);
     Answer driveOnlyEntries(const Frame& frame);
     void skipFiltered(const Item& item, Index local, const FileAttributes* drive);
+    // The drive cannot hold `names`, which end the item's path there: the item has been left out.
+    bool nameIsRefused(const Item& item, Index local, std::string_view names);
     [[nodiscard]] Frame frameFor(const Item& folder, Index local);
     [[nodiscard]] Item childOf(const Frame& frame, Index child) const;
     [[nodiscard]] std::optional<FileAttributes> lookOnDrive(const std::string& path, bool& usable);

@@ -70,6 +70,7 @@ ItemComparison::Answer ItemComparison::nextChild(Frame& frame, Item& childItem) 
         _services.tally.fail(childItem.local, OwedReason::skipped);
         return Answer::yes;
     }
+    if (found == nullptr && nameIsRefused(childItem, child, name)) return Answer::yes;
     Answer answer = Answer::no;
     if (_services.cancel.pending()) {
         answer = _services.cancel.returnValue() ? Answer::yes : Answer::no;

@@ -13,12 +13,17 @@ namespace vt {
 struct PassTally {
     std::map<std::string, OwedReason> leftOut; // paths on the computer that failed, were skipped or refused
     std::uint64_t failedOrSkipped = 0;
+    std::uint64_t refusedNames = 0; // of these, what the drive cannot hold at all: no later pass can do better
     std::uint64_t filteredCount = 0;
     std::uint64_t filteredBytes = 0;
     std::uint64_t driveOnly = 0;
 
     void fail(const std::string& path, OwedReason reason) {
         if (leftOut.insert_or_assign(path, reason).second) ++failedOrSkipped;
+    }
+    void refuseName() {
+        ++refusedNames;
+        ++failedOrSkipped;
     }
     void filter(std::uint64_t bytes) {
         ++filteredCount;

@@ -4,6 +4,7 @@
 #include "base/Text.h"
 #include "config/utilities/DateConversions.h"
 #include "config/utilities/FileCreation.h"
+#include "sync/RefusedNames.h"
 #include "sync/compare/NameRule.h"
 #include "sync/copy/VTFileCopyAgent.h"
 #include "sync/tree/StagingWatch.h"
@@ -205,6 +206,9 @@ std::optional<bool> MergingCopy::nextEntry(Level& level) {
             localisedText("\"%@\" is the root of a served drive and is left out.", {paths::displayText(_source)}));
     } else if (!offeredToFilter(level, index)) {
         skipFiltered(entry.attributes);
+    } else if (nameIsRefused(entry.name)) {
+        _services.refusedNames->leaveOut(_source,
+                                         fastPathSize(_services.files, _source, &entry.attributes, _services.closed));
     } else if (isTwin(level, entry.name)) {
         _services.log.logMessage(localisedText("Skipping \"%1$@\": the drive already has \"%2$@\" by its own rules.",
                                                {paths::displayText(_source), paths::displayText(_destination)}));
@@ -227,6 +231,10 @@ bool MergingCopy::offeredToFilter(Level& level, std::size_t index) {
     if (level.acceptedFirst == index) return true;
     const DirectoryEntry& entry = level.entries[index];
     return _questions.accepts(_source, entry.name, entry.attributes, level.limit);
+}
+
+bool MergingCopy::nameIsRefused(const std::string& name) const {
+    return _toPushkey && _services.refusedNames != nullptr && _services.refusedNames->refuses(name);
 }
 
 // A second name for what this folder has already received. Letters are judged here, anything beyond by the drive.

@@ -57,6 +57,7 @@ class MergingCopy {
 
     std::optional<bool> nextEntry(Level& level);
     [[nodiscard]] bool offeredToFilter(Level& level, std::size_t index);
+    [[nodiscard]] bool nameIsRefused(const std::string& name) const;
     [[nodiscard]] bool isTwin(Level& level, const std::string& name);
     void takeAnswer(bool answer);
     bool endLevel();

@@ -18,6 +18,7 @@
 namespace vt {
 
 class MRLErrorReporter;
+class RefusedNames;
 class ReplacementGuard;
 class StagingWatch;
 
@@ -44,6 +45,7 @@ class TreeOperations {
         const DestinationCapabilities* destination = nullptr;      // of the drive, where they are known already
         std::function<bool(const std::string&)> failedBefore = {}; // this source, or something below it, failed lately
         ClosedFolder closed = {};                                  // no walk enters such a folder
+        RefusedNames* refusedNames = nullptr;                      // of the drive that is copied to
     };
     explicit TreeOperations(Services services) : _services(services) {}
 
