@@ -122,10 +122,9 @@ std::string ServedVolumes::refusalFor(const Value::Dictionary& description) {
     return "it was not adopted";
 }
 
-Value::Dictionary ServedVolumes::asServed(const Value::Dictionary& description) {
-    Value::Dictionary served = description;
-    if (_adopted.isAdopted(driveOf(description))) served[diskdescription::deviceInternal] = false;
-    return served;
+Value::Dictionary ServedVolumes::asServed(Value::Dictionary description) {
+    description.insert_or_assign(diskdescription::deviceInternal, false);
+    return description;
 }
 
 void ServedVolumes::note(const Value::Dictionary& description) {

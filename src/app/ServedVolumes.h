@@ -46,8 +46,8 @@ class ServedVolumes final : public VolumeObserver {
     [[nodiscard]] bool isOfFamily(const Value::Dictionary& description) const;
     [[nodiscard]] bool namesThisUser(const std::string& mountPoint);
     [[nodiscard]] Result<void> checkAdoptable(const std::string& path);
-    // What the core sees: a volume that a person adopted counts as external.
-    [[nodiscard]] Value::Dictionary asServed(const Value::Dictionary& description);
+    // What the core sees: a volume that is served counts as external, the adopted one of an internal disk too.
+    [[nodiscard]] static Value::Dictionary asServed(Value::Dictionary description);
     [[nodiscard]] bool isListed(const std::string& mountPoint);
     void note(const Value::Dictionary& description);
     // A served drive left: the mount that it may have left behind must not stay.

@@ -54,7 +54,10 @@ VTSyncController::Parts::Parts(const std::string& mountPoint, const std::string&
              services.system.bootId(), [this](const std::string& path) { return owed.record().knownToFail(path); },
              [this](const std::string& staged) { pass.leftBehind(staged); },
              [this](std::uint64_t bytes) { pass.nameRefused(bytes); },
-             [this](const std::string& path, const FileAttributes& source) { copied.wasCopied(path, source); }}),
+             [this](const std::string& path, const FileAttributes& source) {
+                 copied.wasCopied(path, source);
+                 recent.wasCopied(path, source);
+             }}),
       pass(passServices()), listUpdate({*configuration, drive->files(), services.workspace, log, delegate, mountPoint}),
       runner(
           {tasks, progress, log, cancel, *guard, *services.process, *this, paths.home(), [this] { notify(); }, {}, {}}),
@@ -134,6 +137,7 @@ SyncPass::Services VTSyncController::Parts::passServices() {
             *delegate,
             owed,
             copied,
+            recent,
             SyncReport({log, progress, cancel, *delegate, guard->mountPoint(), [this] { notify(); },
                         [this] { return connectionStatus(); }}),
             hostUserId,

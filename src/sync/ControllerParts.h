@@ -15,6 +15,7 @@
 #include "sync/WorkerDelegate.h"
 #include "sync/owed/CopiedRecord.h"
 #include "sync/owed/OwedBook.h"
+#include "sync/owed/RecentCopies.h"
 #include "sync/process/DeletionMarkers.h"
 #include "sync/progress/SyncFeedback.h"
 #include "sync/progress/SyncProgress.h"
@@ -72,6 +73,7 @@ struct VTSyncController::Parts : public TaskWork, public std::enable_shared_from
     DeletionMarkers markers;
     OwedBook owed;
     CopiedRecord copied;
+    RecentCopies recent;
     std::shared_ptr<WorkerDelegate> delegate;
     StagingTools tools;
     SyncPass pass;

@@ -65,6 +65,7 @@ void SyncPass::syncThreadBasicSetup() {
     _services.tools.filter().beginPass(_services.validator(), _services.fsLimit4G());
     _services.owed.beginPass(_start, _syncItems, filterText());
     _services.copied.beginPass(_services.wantsRememberContent());
+    _services.recent.beginPass(_services.owed.coveredThrough());
 }
 
 std::string SyncPass::filterText() const {
@@ -115,7 +116,8 @@ bool SyncPass::compareItems(const std::vector<ChosenItem>& items) {
     _previousSyncTime = _services.lastSyncTime.get();
     ItemComparison comparison({_services.files, _services.paths, snapshot, _services.tools.filter(), _services.cancel,
                                _scanResults, _services.progress, _services.log, _tally, owed, &doubts,
-                               &_services.copied, drive.dateGranularity, &_services.tools.refusedNames()},
+                               &_services.copied, drive.dateGranularity, &_services.tools.refusedNames(),
+                               &_services.recent},
                               NameRule(drive.caseSensitive), _previousSyncTime);
     for (std::size_t i = 0; i < items.size(); ++i) {
         const std::string local = _services.paths.local(items[i].path);

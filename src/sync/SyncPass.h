@@ -16,6 +16,7 @@
 #include "sync/compare/ScanResults.h"
 #include "sync/owed/CopiedRecord.h"
 #include "sync/owed/OwedBook.h"
+#include "sync/owed/RecentCopies.h"
 #include "sync/process/DeletionMarkers.h"
 
 #include <atomic>
@@ -52,6 +53,7 @@ class SyncPass {
         WorkerDelegate& delegate;
         OwedBook& owed;
         CopiedRecord& copied;
+        RecentCopies& recent;
         SyncReport report;
         std::string hostUserId;
         std::function<void()> notify;

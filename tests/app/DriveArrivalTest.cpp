@@ -1,36 +1,10 @@
 // What the arrival and departure of drives does, as the application's registry, log and bus show it.
-#include "AppWorld.h"
+#include "ArrivalWorld.h"
 
 namespace vt::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-using Keys = std::vector<std::string>;
-
-Value::Dictionary diskAt(const std::string& mountPoint, const std::string& key) {
-    Value::Dictionary description;
-    description.insert_or_assign(diskdescription::volumePath, mountPoint);
-    description.insert_or_assign(diskdescription::mediaBsdName, key);
-    description.insert_or_assign(diskdescription::deviceVendor, std::string("Talmont"));
-    return description;
-}
-
-Value::Dictionary without(Value::Dictionary description, const char* key) {
-    description.erase(key);
-    return description;
-}
-
-class DriveArrivalTest : public ::testing::Test {
-  protected:
-    void SetUp() override { world.start(); }
-    // Mounted for the volume service, without a word to the application.
-    void mountSilently(const std::string& key = "disk8s1", const FakeMount& volume = AppWorld::family()) {
-        world.volumes.stopObserving();
-        world.mount(AppWorld::stick, key, volume);
-    }
-    AppWorld world;
-    DriveArrival& arrival() { return world.app->arrival(); }
-};
+class DriveArrivalTest : public ArrivalTest {};
 
 TEST_F(DriveArrivalTest, AConnectedDriveSyncsOneSecondLater) {
     world.mount(AppWorld::stick, "disk8s1", AppWorld::family());
@@ -187,84 +161,6 @@ TEST_F(DriveArrivalTest, TheModelStandsInForAMissingVendor) {
     description.insert_or_assign(diskdescription::deviceModel, std::string("Pushkey 16"));
     arrival().diskDescriptionChanged(description);
     EXPECT_EQ(world.controllerAt("disk8s1")->deviceVendor(), "Pushkey 16");
-}
-
-TEST_F(DriveArrivalTest, UnmountingIsRefusedWhileAnyTaskIsQueuedAndEjectingIsNot) {
-    mountSilently();
-    const auto description = diskAt(AppWorld::stick, "disk8s1");
-    EXPECT_EQ(arrival().unmountApproval(description), std::nullopt); // no controller: no word either
-    arrival().diskDescriptionChanged(description);
-    EXPECT_EQ(arrival().unmountApproval(description), std::nullopt);
-    EXPECT_TRUE(world.logged("-DADiskUnmountApproval_Proc: unmount approved: disk8s1"));
-    world.controllerAt("disk8s1")->setSyncMoviesState(false); // a switch is a task like any other
-    EXPECT_EQ(arrival().unmountApproval(description), (DriveArrival::Dissenter{0xF8DA0002, "Sync In Progress"}));
-    EXPECT_TRUE(world.logged("-DADiskUnmountApproval_Proc: sync in progress: disk8s1"));
-    EXPECT_EQ(arrival().ejectApproval(description), std::nullopt);
-    EXPECT_EQ(world.ask(&DrivesService::eject, AppWorld::stick), "Sync In Progress");
-    EXPECT_EQ(world.keys(), Keys{"disk8s1"});
-}
-
-TEST_F(DriveArrivalTest, AnEjectAnswersWhenTheDriveIsUnmountedAndOthersAreServedMeanwhile) {
-    world.mount(AppWorld::stick, "disk8s1", AppWorld::family());
-    world.volumes.unmountsWait = true;
-    std::optional<Result<void>> answer;
-    world.app->drivesService().eject(AppWorld::stick, [&](const Result<void>& done) { answer = done; });
-    world.loop.runPending();
-    EXPECT_FALSE(answer.has_value());
-    EXPECT_EQ(world.app->drivesService().drives().size(), 1U);
-    EXPECT_EQ(world.app->drivesService().volumes().size(), 1U);
-    world.volumes.completeUnmounts();
-    world.loop.runPending();
-    ASSERT_TRUE(answer.has_value());
-    EXPECT_TRUE(answer->ok());
-    EXPECT_EQ(world.keys(), Keys{});
-}
-
-TEST_F(DriveArrivalTest, AnEjectThatFailsSaysWhy) {
-    world.mount(AppWorld::stick, "disk8s1", AppWorld::family());
-    const auto eject = [&] { return world.ask(&DrivesService::eject, AppWorld::stick); };
-    world.volumes.unmountErrors.emplace(AppWorld::stick, Error::fromErrno(EBUSY, AppWorld::stick));
-    EXPECT_EQ(eject(), "\"/media/stick\": Device or resource busy");
-    world.volumes.unmountErrors.at(AppWorld::stick) = Error::fromErrno(ETIMEDOUT, AppWorld::stick);
-    EXPECT_EQ(eject(), "\"/media/stick\" is still being written to and leaves when that is done");
-    // A sync that begins after the approval holds the drive open: the reason is the sync.
-    world.volumes.unmountErrors.at(AppWorld::stick) = Error::fromErrno(EBUSY, AppWorld::stick);
-    world.volumes.unmountsWait = true;
-    std::string said;
-    world.app->drivesService().eject(AppWorld::stick, [&](const Result<void>& done) { said = done.error().text; });
-    world.controllerAt("disk8s1")->sync();
-    world.volumes.completeUnmounts();
-    world.loop.runPending();
-    EXPECT_EQ(said, "Sync In Progress");
-    EXPECT_EQ(world.ask(&DrivesService::eject, "/media/elsewhere"), "\"/media/elsewhere\" is not a served drive");
-    EXPECT_EQ(world.keys(), Keys{"disk8s1"});
-}
-
-TEST_F(DriveArrivalTest, APulledDriveLeavesNoMountBehind) {
-    world.mount(AppWorld::stick, "disk8s1", AppWorld::family());
-    world.volumes.pull("disk8s1");
-    world.loop.runPending();
-    EXPECT_EQ(world.keys(), Keys{});
-    EXPECT_TRUE(world.volumes.leftMounts.empty());
-    EXPECT_TRUE(
-        world.logged("The drive at \"/media/stick\" was pulled while it was mounted: its mount was taken off."));
-}
-
-TEST_F(DriveArrivalTest, TheMountsOfOtherPulledDrivesAreNotTouched) {
-    FakeMount stranger;
-    stranger.uuid = "3333";
-    world.mount("/media/stranger", "disk9s1", stranger);
-    world.volumes.pull("disk9s1");
-    world.loop.runPending();
-    EXPECT_EQ(world.volumes.leftMounts.size(), 1U);
-    // Where taking it off is not permitted it stays, and only the debug log knows.
-    world.mount(AppWorld::stick, "disk8s1", AppWorld::family());
-    world.volumes.unmountErrors.emplace(AppWorld::stick, Error::fromErrno(EPERM, AppWorld::stick));
-    world.volumes.pull("disk8s1");
-    world.loop.runPending();
-    EXPECT_EQ(world.volumes.leftMounts.size(), 2U);
-    EXPECT_TRUE(world.logged("The mount that a pulled drive left at \"/media/stick\" stays: Operation not permitted."));
-    EXPECT_EQ(world.keys(), Keys{});
 }
 
 TEST_F(DriveArrivalTest, AnIncompatibleFileSystemIsSilent) {

@@ -80,6 +80,21 @@ TEST_F(ServedVolumesTest, ReadOnlyAndInternalVolumesAreNotServedAndSaySo) {
     EXPECT_EQ(world.keys(), Keys{"disk8s2"});
 }
 
+TEST_F(ServedVolumesTest, AVolumeOfAnInternalDiskIsNoDriveBecauseItWasMountedBeforeTheStart) {
+    for (const bool mountedBefore : {true, false}) {
+        SCOPED_TRACE(mountedBefore);
+        AppWorld own;
+        FakeMount internal = AppWorld::family();
+        internal.internal = true;
+        if (!mountedBefore) own.start();
+        own.mount("/data", "disk8s2", internal);
+        own.mount(AppWorld::stick, "disk8s1", AppWorld::family());
+        if (mountedBefore) own.start();
+        EXPECT_EQ(own.keys(), Keys{"disk8s1"});
+        EXPECT_EQ(own.reason("/data"), "it is on an internal disk and was not adopted");
+    }
+}
+
 TEST_F(ServedVolumesTest, AnAdoptionThatOvertakesTheReportOfTheMountIsOneArrival) {
     world.disk.mount(AppWorld::stick);
     world.volumes.mount("disk8s1", AppWorld::stick, plainStick()); // its events wait in the run loop

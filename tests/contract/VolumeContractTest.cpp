@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
-#include <optional>
 
 namespace vt::test {
 namespace {
@@ -52,23 +51,10 @@ template <typename Ground> class VolumeContract : public ::testing::Test {
         return events;
     }
 
-    Result<void> unmounted(const std::string& mountPoint) {
-        Result<void> answer = Error::fromErrno(ETIMEDOUT, mountPoint);
-        bool done = false;
-        volumes.unmount(mountPoint, [&](const Result<void>& result) {
-            answer = result;
-            done = true;
-        });
-        EXPECT_FALSE(done) << "the answer comes from the run loop";
-        EXPECT_TRUE(ground.loop.runUntil([&] { return done; }));
-        return answer;
-    }
+    Result<void> unmounted(const std::string& mountPoint) { return unmountWith(volumes, ground.loop, mountPoint); }
     // Whether a mount was taken off.
     bool detached(const std::string& bsdName, const std::string& mountPoint) {
-        std::optional<bool> answer;
-        volumes.detachGone(bsdName, mountPoint, [&](const Result<bool>& result) { answer = result.valueOr(false); });
-        EXPECT_TRUE(ground.loop.runUntil([&] { return answer.has_value(); }));
-        return answer.value_or(false);
+        return detachWith(volumes, ground.loop, bsdName, mountPoint);
     }
 
     Ground ground;

@@ -10,6 +10,7 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <sched.h>
 #include <stdexcept>
 #include <string>
@@ -110,6 +111,23 @@ struct LinuxVolumeGround {
         if (code == ENOTDIR) LinuxFiles().create(path, "a file", 0600).ignore();
     }
 };
+
+// Unmounts and waits for the answer, which must not come before the run loop has run.
+inline Result<void> unmountWith(VolumeService& volumes, FakeRunLoop& loop, const std::string& mountPoint) {
+    std::optional<Result<void>> answer;
+    volumes.unmount(mountPoint, [&](const Result<void>& result) { answer = result; });
+    if (answer) throw std::runtime_error("the answer came inside the call");
+    if (!loop.runUntil([&] { return answer.has_value(); })) throw std::runtime_error("no answer");
+    return *answer;
+}
+
+inline bool detachWith(VolumeService& volumes, FakeRunLoop& loop, const std::string& key,
+                       const std::string& mountPoint) {
+    std::optional<bool> answer;
+    volumes.detachGone(key, mountPoint, [&](const Result<bool>& result) { answer = result.valueOr(false); });
+    if (!loop.runUntil([&] { return answer.has_value(); })) throw std::runtime_error("no answer");
+    return *answer;
+}
 
 // Notes events as "appeared", "changed /path", "disappeared"; the path relative to nothing, "" when there is none.
 class VolumeRecorder final : public VolumeObserver {

@@ -311,7 +311,7 @@ class Arrival(SystemTest, DriveTest):
 
     def test_other_callers_are_answered_while_a_drive_is_unmounted(self):
         drive = self.drive().mount()
-        self.world.start(("strace", "-f", "-qq", "-o", "/dev/null", "-e", "trace=umount2",
+        self.world.start(("strace", "-D", "-f", "-qq", "-o", "/dev/null", "-e", "trace=umount2",
                           "-e", "inject=umount2:delay_enter=10000000"))
         self.world.adopt(drive.mount_point)
         wait_until(lambda: not self.world.json("drives")[0]["busy"], "rest")

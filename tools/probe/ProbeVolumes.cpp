@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 
 #include <cstdio>
+#include <filesystem>
 #include <string_view>
 
 namespace {
@@ -50,7 +51,7 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         if (std::string_view(argv[i]) == "--once")
             once = true;
-        else if (const auto added = volumes.addFolderDrive(argv[i]); !added)
+        else if (const auto added = volumes.addFolderDrive(std::filesystem::absolute(argv[i])); !added)
             std::fprintf(stderr, "probe-volumes: %s\n", added.error().describe().c_str());
     }
     for (const std::string& mountPoint : volumes.mountedVolumes()) printVolume(volumes, mountPoint);

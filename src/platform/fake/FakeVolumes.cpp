@@ -183,11 +183,8 @@ std::optional<Value::Dictionary> FakeVolumes::describe(const std::string& mountP
 
 void FakeVolumes::startObserving(VolumeObserver& observer) {
     _inbox->observer = &observer;
-    for (const auto& [name, disk] : _disks) {
-        Value::Dictionary found = description(name, disk);
-        if (!disk.volume.network) found.insert_or_assign(key::deviceInternal, false);
-        if (!disk.mountPoint.empty()) report(&VolumeObserver::diskAppeared, std::move(found));
-    }
+    for (const auto& [name, disk] : _disks)
+        if (!disk.mountPoint.empty()) report(&VolumeObserver::diskAppeared, description(name, disk));
 }
 
 void FakeVolumes::stopObserving() {

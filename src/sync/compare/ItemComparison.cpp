@@ -163,7 +163,9 @@ ItemComparison::Answer ItemComparison::decide(const Item& item, Index local, con
         FileAttributes known = _services.snapshot.attributes(local);
         known.modified = localDate;
         const auto replaced = replacedType(item, known, drive);
-        if (replaced || _services.owed.wants(item.local, known, driveDate))
+        const bool isItsCopy =
+            _services.recent != nullptr && drive.size == known.size && _services.recent->isCopyOf(item.drive, known);
+        if (replaced || _services.owed.wants(item.local, known, driveDate, isItsCopy))
             _owedEntries.push_back(
                 complete(entryFor(item, local, replaced.value_or(entrytype::changedOnOneSide), action::toDrive)));
         else

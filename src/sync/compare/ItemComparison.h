@@ -15,6 +15,7 @@
 #include "sync/owed/CopiedRecord.h"
 #include "sync/owed/CopyDoubts.h"
 #include "sync/owed/OwedPass.h"
+#include "sync/owed/RecentCopies.h"
 #include "sync/progress/SyncFeedback.h"
 #include "sync/progress/SyncProgress.h"
 
@@ -41,6 +42,7 @@ class ItemComparison {
         CopiedRecord* copied = nullptr;     // what was copied earlier, where the person wants it remembered
         std::int64_t dateGranularity = 1;   // of the drive, nanoseconds
         RefusedNames* refusedNames = nullptr;
+        const RecentCopies* recent = nullptr;
     };
     ItemComparison(Services services, NameRule rule, std::optional<Date> lastSync);
 

@@ -32,6 +32,13 @@ void OwedBook::beginPass(Date start, const std::vector<std::string>& syncItems, 
     _record.handDown(items);
 }
 
+Date OwedBook::coveredThrough() const {
+    Date through = _start.plusSeconds(startSlack);
+    for (const std::string& item : _syncItems)
+        if (const auto covered = _record.coveredThrough(item)) through = std::min(through, *covered);
+    return through;
+}
+
 bool OwedBook::writeMarks(const ScanResults& results, const PassTally& tally) {
     for (const ScanEntry& entry : results.entries())
         if (isCopy(entry)) _record.owe(entry.computerPath, OwedReason::staged);

@@ -24,6 +24,8 @@ class OwedBook {
     [[nodiscard]] const OwedRecord& record() const { return _record; }
     // `filter` describes what the filter lets through: when it changed, nothing counts as covered any more.
     void beginPass(Date start, const std::vector<std::string>& syncItems, const std::string& filter);
+    // What changed up to here has been looked at in every sync item, or is by this pass if it walks them to their end.
+    [[nodiscard]] Date coveredThrough() const;
     // The paths that this pass compares.
     void setChosen(std::vector<ChosenItem> chosen) { _chosen = std::move(chosen); }
     // Every path that the pass may still lose is on the computer's disk afterwards.

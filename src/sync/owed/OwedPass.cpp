@@ -2,12 +2,13 @@
 
 namespace vt {
 
-bool OwedPass::wants(const std::string& path, const FileAttributes& local, Date driveModified) const {
+bool OwedPass::wants(const std::string& path, const FileAttributes& local, Date driveModified, bool isItsCopy) const {
     // A drive that this computer keeps no record of is taken at its dates.
     if (!_record.exists() || local.modified <= driveModified) return false;
+    const std::int64_t difference = local.modified.nanoseconds() - driveModified.nanoseconds();
+    if (isItsCopy && difference <= _granularity) return _record.owes(path);
     if (!_coveredThrough || *_coveredThrough > _now) return true;
     if (local.modified > *_coveredThrough) return true;
-    const std::int64_t difference = local.modified.nanoseconds() - driveModified.nanoseconds();
     if (difference > _granularity && local.statusChanged > *_coveredThrough) return true;
     return _record.owes(path);
 }

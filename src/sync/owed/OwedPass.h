@@ -21,8 +21,10 @@ class OwedPass {
 
     // From here on files belong to this sync item.
     void beginItem(const std::string& item) { _coveredThrough = _record.coveredThrough(item); }
-    // The drive is owed the file, although the comparison took it for present.
-    [[nodiscard]] bool wants(const std::string& path, const FileAttributes& local, Date driveModified) const;
+    // The drive is owed the file, although the comparison took it for present. `isItsCopy`: the drive's was made of the
+    // file as it is now, and only the drive's coarse dates tell them apart.
+    [[nodiscard]] bool wants(const std::string& path, const FileAttributes& local, Date driveModified,
+                             bool isItsCopy) const;
 
   private:
     const OwedRecord& _record;

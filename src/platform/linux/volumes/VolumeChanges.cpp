@@ -58,11 +58,7 @@ std::vector<VolumeEvent> volumeEvents(const VolumeSnapshot& before, const Volume
 
 std::vector<VolumeEvent> firstVolumeEvents(const VolumeSnapshot& snapshot) {
     std::vector<VolumeEvent> events;
-    for (const auto& [key, state] : snapshot) {
-        Value::Dictionary description = state.description;
-        if (state.kind != VolumeKind::network) description.insert_or_assign(diskdescription::deviceInternal, false);
-        events.push_back({What::appeared, std::move(description)});
-    }
+    for (const auto& [key, state] : snapshot) events.push_back({What::appeared, state.description});
     return events;
 }
 

@@ -34,7 +34,7 @@ struct VolumeEvent {
 // unplug makes it disappear. A folder drive that is adopted or let go (`forgotten` names its key) only changes.
 [[nodiscard]] std::vector<VolumeEvent> volumeEvents(const VolumeSnapshot& before, const VolumeSnapshot& after,
                                                     const std::set<std::string>& forgotten);
-// The events of the first look: everything mounted appears with its path, as an external device.
+// The events of the first look: everything mounted appears with its path.
 [[nodiscard]] std::vector<VolumeEvent> firstVolumeEvents(const VolumeSnapshot& snapshot);
 
 } // namespace vt
