@@ -5,9 +5,11 @@
 #include "base/Result.h"
 #include "platform/RunLoop.h"
 
+#include <cerrno>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -17,11 +19,16 @@ class BackgroundCalls : public std::enable_shared_from_this<BackgroundCalls> {
   public:
     explicit BackgroundCalls(RunLoop& runLoop) : _runLoop(&runLoop) {}
 
-    // `call` must own what it uses.
+    // `call` must own what it uses. EAGAIN is answered where there is no thread for it.
     template <typename T> void run(std::function<Result<T>()> call, std::function<void(const Result<T>&)> done) {
-        std::thread([self = shared_from_this(), call = std::move(call), done = std::move(done)]() mutable {
-            self->perform([answer = call(), done = std::move(done)] { done(answer); });
-        }).detach();
+        try {
+            // What `done` holds is let go on the main thread.
+            std::thread([self = shared_from_this(), call = std::move(call), done]() mutable {
+                self->perform([answer = call(), done = std::move(done)] { done(answer); });
+            }).detach();
+        } catch (const std::system_error&) {
+            perform([done] { done(Error::fromErrno(EAGAIN, {})); });
+        }
     }
     // The run loop goes: later answers are dropped.
     void end() {
