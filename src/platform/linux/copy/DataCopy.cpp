@@ -29,6 +29,7 @@ int DataCopy::copy(int source, const struct stat& before, int destination, dev_t
     _source = source;
     _before = &before;
     _destination = destination;
+    _behind = WriteBehind(destination);
     _destinationDevice = destinationDevice;
     _road = _experience.road(before.st_dev, destinationDevice);
     _at = 0;
@@ -77,6 +78,7 @@ int DataCopy::copySegment(off_t end) {
         if (code != 0) return code;
         if (copied == 0) return 0; // shorter than it was: the look afterwards sees it
         _at += static_cast<off_t>(copied);
+        if (const int failed = _behind.wrote(_at); failed != 0) return failed;
         if (_at - _reported >= pieceSize && _at < _before->st_size)
             if (const int stop = report(false); stop != 0) return stop;
     }
