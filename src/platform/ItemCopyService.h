@@ -7,8 +7,11 @@
 #pragma once
 
 #include "base/Result.h"
+#include "platform/FileService.h"
 
 #include <cstdint>
+#include <memory>
+#include <span>
 #include <string>
 
 namespace vt {
@@ -49,6 +52,13 @@ class ItemCopyService {
     // this call made for that item stays at the destination. The source's size and date are compared before and after:
     // a file that changed while it was read is read again, up to three times; then its copy keeps the date read before.
     virtual CopyOutcome copyItem(const std::string& source, const std::string& destination, CopyObserver& observer) = 0;
+    // A quicker copier for the entries of one folder, which go into another one under their own names and in this
+    // order; some may be left out. It keeps both folders open, believes the entries' kinds and reads ahead. Neither
+    // folder may be moved while it lives, and `entries` and this service outlive it. Null where nothing is gained.
+    [[nodiscard]] virtual std::unique_ptr<ItemCopyService>
+    forFolder(const std::string& /*source*/, const std::string& /*destination*/, std::span<const DirectoryEntry>) {
+        return nullptr;
+    }
 };
 
 } // namespace vt

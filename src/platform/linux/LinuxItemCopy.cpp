@@ -1,22 +1,11 @@
 #include "platform/linux/LinuxItemCopy.h"
 
+#include "platform/linux/copy/FolderItemCopy.h"
 #include "platform/linux/copy/TreeCopier.h"
 
 #include <cerrno>
 
 namespace vt {
-
-namespace {
-
-CopyOutcome outcomeOf(CopyEnding ending, std::uint64_t leftOut, bool anyFailed, std::uint64_t bytes) {
-    CopyOutcome outcome;
-    outcome.done = ending != CopyEnding::quit && ending != CopyEnding::failed && !anyFailed;
-    outcome.skipped = leftOut + (ending == CopyEnding::leftOut ? 1U : 0U);
-    outcome.bytes = bytes;
-    return outcome;
-}
-
-} // namespace
 
 LinuxItemCopy::LinuxItemCopy(const DriveRoot* drive, DestinationCapabilities capabilities)
     : _locator(drive), _capabilities(std::move(capabilities)) {}
@@ -44,6 +33,12 @@ CopyOutcome LinuxItemCopy::copyItem(const std::string& source, const std::string
     const CopyEnding ending = tree.copy(source, destination);
     if (tree.madeTop() && (ending == CopyEnding::quit || ending == CopyEnding::leftOut)) to.removeTree();
     return outcomeOf(ending, tree.leftOut(), tree.anyFailed(), files.bytes());
+}
+
+std::unique_ptr<ItemCopyService> LinuxItemCopy::forFolder(const std::string& source, const std::string& destination,
+                                                          std::span<const DirectoryEntry> entries) {
+    return std::make_unique<FolderItemCopy>(*this, FolderItemCopy::Means{_locator, _capabilities, _experience}, source,
+                                            destination, entries);
 }
 
 } // namespace vt

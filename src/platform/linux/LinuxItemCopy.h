@@ -15,6 +15,8 @@ class LinuxItemCopy final : public ItemCopyService {
     explicit LinuxItemCopy(const DriveRoot* drive = nullptr, DestinationCapabilities capabilities = {});
 
     CopyOutcome copyItem(const std::string& source, const std::string& destination, CopyObserver& observer) override;
+    [[nodiscard]] std::unique_ptr<ItemCopyService> forFolder(const std::string& source, const std::string& destination,
+                                                             std::span<const DirectoryEntry> entries) override;
 
   private:
     PathLocator _locator;

@@ -45,6 +45,7 @@ class PathLocator {
     [[nodiscard]] Result<UniqueFd> open(const std::string& path, int flags, mode_t mode = 0) const;
 
     [[nodiscard]] bool isOnDrive(const std::string& path) const;
+    [[nodiscard]] bool driveIsGone() const { return _drive != nullptr && _drive->isGone(); }
     // An error on `path`; whatever the code, it is ENODEV once the path's drive has gone.
     [[nodiscard]] Error error(int code, const std::string& path) const;
 

@@ -151,7 +151,7 @@ bool MergingCopy::copyNew(const FileAttributes& source, const Known& known) {
 
 bool MergingCopy::copyItem(const FileAttributes& source) {
     if (_services.staging != nullptr) _services.staging->itemWillBeCopied(_destination);
-    VTFileCopyAgent agent(_services.copier);
+    VTFileCopyAgent agent(copierHere());
     agent.setSourcePath(_source);
     agent.setDestionationPath(_destination);
     agent.setDelegate(dynamic_cast<VTFileCopyAgentDelegate*>(_calls.handler()));
@@ -168,6 +168,16 @@ bool MergingCopy::copyItem(const FileAttributes& source) {
                                              static_cast<std::uint64_t>(agent.totalFinished().value_or(0)), incomplete);
     }
     return copied;
+}
+
+ItemCopyService& MergingCopy::copierHere() {
+    if (_levels.empty()) return _services.copier;
+    const Level& level = _levels.back();
+    if (!_folderCopier)
+        _folderCopier = _services.copier.forFolder(_source.substr(0, level.sourceLength),
+                                                   _destination.substr(0, level.destinationLength),
+                                                   std::span(level.entries).subspan(level.next - 1));
+    return _folderCopier ? *_folderCopier : _services.copier;
 }
 
 bool MergingCopy::copyLink(bool destinationAbsent) {
@@ -193,6 +203,7 @@ void MergingCopy::begin(std::vector<DirectoryEntry> entries, bool limit) {
     level.sourceLength = _source.size();
     level.destinationLength = _destination.size();
     level.limit = limit;
+    _folderCopier.reset();
     _levels.push_back(std::move(level));
 }
 
@@ -261,6 +272,7 @@ void MergingCopy::takeAnswer(bool answer) {
 }
 
 bool MergingCopy::endLevel() {
+    _folderCopier.reset(); // the commit moves the folder
     const Level level = std::move(_levels.back());
     _levels.pop_back();
     _source.resize(level.sourceLength);

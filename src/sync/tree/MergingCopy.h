@@ -9,6 +9,7 @@
 #include "sync/tree/TreeOperations.h"
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -52,6 +53,7 @@ class MergingCopy {
     bool askAboutConflict();
     bool copyNew(const FileAttributes& source, const Known& known);
     bool copyItem(const FileAttributes& source);
+    [[nodiscard]] ItemCopyService& copierHere();
     bool copyLink(bool destinationAbsent);
     bool makeDestinationFolder(bool parentExists);
 
@@ -73,6 +75,7 @@ class MergingCopy {
     std::string _source;
     std::string _destination;
     std::vector<Level> _levels;
+    std::unique_ptr<ItemCopyService> _folderCopier; // for the rest of the last level, once it copies something
 };
 
 } // namespace vt

@@ -8,6 +8,15 @@ namespace vt {
 // What became of one item.
 enum class CopyEnding : std::uint8_t { made, leftOut, failed, quit };
 
+[[nodiscard]] inline CopyOutcome outcomeOf(CopyEnding ending, std::uint64_t leftOut, bool anyFailed,
+                                           std::uint64_t bytes) {
+    CopyOutcome outcome;
+    outcome.done = ending != CopyEnding::quit && ending != CopyEnding::failed && !anyFailed;
+    outcome.skipped = leftOut + (ending == CopyEnding::leftOut ? 1U : 0U);
+    outcome.bytes = bytes;
+    return outcome;
+}
+
 class CopyEvents {
   public:
     explicit CopyEvents(CopyObserver& observer) : _observer(observer) {}
