@@ -83,6 +83,13 @@ class FileContents {
                                                        std::uint32_t mode) = 0;
     // Appends to an existing file; not atomic. ENOENT when it is not there.
     [[nodiscard]] virtual Result<void> append(const std::string& path, std::string_view bytes) = 0;
+    // The same for many pieces: the file stays open until the handle dies.
+    class Appender {
+      public:
+        virtual ~Appender() = default;
+        [[nodiscard]] virtual Result<void> append(std::string_view bytes) = 0;
+    };
+    [[nodiscard]] virtual Result<std::unique_ptr<Appender>> appender(const std::string& path) = 0;
     // EEXIST when something is there.
     [[nodiscard]] virtual Result<void> create(const std::string& path, std::string_view bytes, std::uint32_t mode) = 0;
     // Flushes the whole file system that holds `path`.

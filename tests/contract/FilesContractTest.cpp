@@ -211,6 +211,18 @@ TEST_P(FilesContract, createAndAppend) {
     EXPECT_EQ(_contents.append(at("d"), "x").code(), EISDIR);
 }
 
+TEST_P(FilesContract, anAppenderAddsPieceByPiece) {
+    build({file("f", "one"), folder("d")});
+    const auto appender = _contents.appender(at("f"));
+    ASSERT_TRUE(appender.ok());
+    EXPECT_TRUE((*appender)->append(" two").ok());
+    EXPECT_EQ(content("f"), "one two");
+    EXPECT_TRUE((*appender)->append(" three").ok());
+    EXPECT_EQ(content("f"), "one two three");
+    EXPECT_EQ(_contents.appender(at("none")).code(), ENOENT);
+    EXPECT_EQ(_contents.appender(at("d")).code(), EISDIR);
+}
+
 TEST_P(FilesContract, aLockExcludesASecondOneUntilItIsReleased) {
     auto first = _contents.lock(_ground->root(), 0);
     ASSERT_TRUE(first.ok());

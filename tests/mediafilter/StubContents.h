@@ -28,6 +28,7 @@ class StubContents final : public FileContents {
         return {};
     }
     Result<void> append(const std::string& path, std::string_view) override { return refused(path); }
+    Result<std::unique_ptr<Appender>> appender(const std::string& path) override { return refused(path); }
     Result<void> create(const std::string& path, std::string_view, std::uint32_t) override { return refused(path); }
     Result<void> flushVolume(const std::string&) override { return {}; }
     Result<std::unique_ptr<Lock>> lock(const std::string& path, int) override { return refused(path); }

@@ -32,6 +32,16 @@ class FakeLock final : public FileContents::Lock {
     std::shared_ptr<FakeNode> _node;
 };
 
+class OpenFile final : public FileContents::Appender {
+  public:
+    OpenFile(FakeFiles& files, std::string path) : _files(files), _path(std::move(path)) {}
+    Result<void> append(std::string_view bytes) override { return _files.append(_path, bytes); }
+
+  private:
+    FakeFiles& _files;
+    std::string _path;
+};
+
 } // namespace
 
 Result<FakeSpot> FakeFiles::beginRegular(const char* operation, const std::string& path) {
@@ -71,6 +81,14 @@ Result<void> FakeFiles::append(const std::string& path, std::string_view bytes) 
     spot->node->content += bytes;
     _disk.touch(*spot->volume, *spot->node);
     return {};
+}
+
+Result<std::unique_ptr<FileContents::Appender>> FakeFiles::appender(const std::string& path) {
+    const auto held = _disk.lock();
+    const Result<FakeSpot> spot = beginRegular("appender", path);
+    if (!spot) return spot.error();
+    std::unique_ptr<Appender> open = std::make_unique<OpenFile>(*this, path);
+    return open;
 }
 
 Result<void> FakeFiles::create(const std::string& path, std::string_view bytes, std::uint32_t mode) {

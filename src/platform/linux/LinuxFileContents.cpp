@@ -24,6 +24,19 @@ class FileLock final : public FileContents::Lock {
     UniqueFd _file; // closing it ends the lock
 };
 
+class OpenFile final : public FileContents::Appender {
+  public:
+    OpenFile(UniqueFd file, std::string path) : _file(std::move(file)), _path(std::move(path)) {}
+    Result<void> append(std::string_view bytes) override {
+        if (const int code = writeAll(_file.get(), bytes); code != 0) return Error::fromErrno(code, _path);
+        return {};
+    }
+
+  private:
+    UniqueFd _file;
+    std::string _path;
+};
+
 int refusalOf(const struct statx& status) {
     if (S_ISREG(status.stx_mode)) return 0;
     return S_ISDIR(status.stx_mode) ? EISDIR : EINVAL;
@@ -95,6 +108,13 @@ Result<void> LinuxFiles::append(const std::string& path, std::string_view bytes)
     if (code == 0) code = file->close();
     if (code != 0) return _locator.error(code, path);
     return {};
+}
+
+Result<std::unique_ptr<FileContents::Appender>> LinuxFiles::appender(const std::string& path) {
+    Result<UniqueFd> file = openRegular(path, O_WRONLY | O_APPEND);
+    if (!file) return file.error();
+    std::unique_ptr<Appender> open = std::make_unique<OpenFile>(std::move(file).value(), path);
+    return open;
 }
 
 Result<void> LinuxFiles::create(const std::string& path, std::string_view bytes, std::uint32_t mode) {

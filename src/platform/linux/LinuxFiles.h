@@ -32,6 +32,7 @@ class LinuxFiles final : public FileService, public FileContents {
     [[nodiscard]] Result<void> writeAtomically(const std::string& path, std::string_view bytes,
                                                std::uint32_t mode) override;
     [[nodiscard]] Result<void> append(const std::string& path, std::string_view bytes) override;
+    [[nodiscard]] Result<std::unique_ptr<Appender>> appender(const std::string& path) override;
     [[nodiscard]] Result<void> create(const std::string& path, std::string_view bytes, std::uint32_t mode) override;
     [[nodiscard]] Result<void> flushVolume(const std::string& path) override;
     [[nodiscard]] Result<std::unique_ptr<Lock>> lock(const std::string& path, int milliseconds) override;

@@ -132,6 +132,11 @@ void CopyJournal::open() {
         complain(Error::fromErrno(ENOENT, _folder));
     const auto written = _services.contents.writeAtomically(opened.path, journaltext::header(group), fileMode);
     if (!written) complain(written.error());
+    auto names = _services.contents.appender(opened.path);
+    if (names)
+        opened.names = std::move(*names);
+    else
+        complain(names.error());
     _open = std::move(opened);
 }
 
@@ -139,8 +144,9 @@ void CopyJournal::afterCopy(const std::string& path, Date written, std::uint64_t
     ++_changes;
     ++_copies;
     if (!_open) open();
-    const auto noted = _services.contents.append(_open->path, journaltext::fileLine(path, written));
-    if (!noted) complain(noted.error());
+    if (_open->names)
+        if (const auto noted = _open->names->append(journaltext::fileLine(path, written)); !noted)
+            complain(noted.error());
     _open->bytes += bytes;
     if (_thread.done()) finishRunningFlush();
     if (_open->bytes >= groupBytes || _services.clock.steady() - _open->opened >= groupAge) closeGroup();

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -59,6 +60,7 @@ class CopyJournal {
   private:
     struct OpenGroup {
         std::string path;
+        std::unique_ptr<FileContents::Appender> names; // null when the record could not be made
         std::chrono::nanoseconds opened{0};
         std::uint64_t bytes = 0;
     };
