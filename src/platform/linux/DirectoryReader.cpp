@@ -40,10 +40,12 @@ int readNames(int folder, std::vector<FolderName>& names) {
             const char* record = buffer.data() + at;
             std::uint16_t length = 0;
             std::memcpy(&length, record + offsetof(dirent64, d_reclen), sizeof length);
+            std::uint64_t inode = 0;
+            std::memcpy(&inode, record + offsetof(dirent64, d_ino), sizeof inode);
             const char* name = record + offsetof(dirent64, d_name);
             // A broken file system may hand out a name with a slash; such an item cannot be named by a path.
             if (std::strcmp(name, ".") != 0 && std::strcmp(name, "..") != 0 && std::strchr(name, '/') == nullptr)
-                names.push_back({name, kindOf(static_cast<unsigned char>(record[offsetof(dirent64, d_type)]))});
+                names.push_back({name, kindOf(static_cast<unsigned char>(record[offsetof(dirent64, d_type)])), inode});
             at += length;
         }
     }
