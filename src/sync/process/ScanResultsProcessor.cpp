@@ -57,7 +57,8 @@ void ScanResultsProcessor::copyToDrive(const ScanEntry& entry, bool& result) {
                                               now ? &*now : nullptr))
         return;
     const auto failedBefore = _services.tally.leftOut.size();
-    result = _services.tree.copyPathOntoPath(entry.localPath, entry.pushkeyPath, true, _services.errorReporter().get());
+    result = _services.tree.copyPathOntoPath(entry.localPath, entry.pushkeyPath, true, _services.errorReporter().get(),
+                                             now ? &*now : nullptr);
     if (!result && _services.tally.leftOut.size() == failedBefore)
         _services.tally.fail(entry.localPath, OwedReason::failed);
 }

@@ -1,0 +1,125 @@
+// How many calls the adapters make for a file: what they cost where there are very many of them.
+#include "support/SystemCalls.h"
+#include "platform/linux/LinuxFiles.h"
+#include "platform/linux/LinuxItemCopy.h"
+#include "support/CopyWitness.h"
+#include "support/FileGrounds.h"
+#include "support/TreeLiteral.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/uio.h>
+#include <sys/vfs.h>
+
+namespace vt::test {
+namespace {
+
+constexpr std::size_t mebibyte = 1024 * 1024;
+constexpr int some = 50; // files
+
+class SystemCallsTest : public testing::Test {
+  protected:
+    void makeFiles(const std::string& below, int count, const std::string& content = "content") {
+        buildTree(_files, _files, _folder / below, {});
+        for (int i = 0; i < count; ++i)
+            ASSERT_TRUE(_files.create(_folder / below + "/f" + std::to_string(i), content, 0644).ok());
+    }
+    // As a sync copies a folder that the drive does not have.
+    void copyFolder(const std::string& from, const std::string& to) {
+        const std::vector<DirectoryEntry> entries = _files.list(_folder / from).valueOr({});
+        const auto copier = _copier.forFolder(_folder / from, _folder / to, entries);
+        CopyWitness witness;
+        for (const DirectoryEntry& entry : entries)
+            (void)copier->copyItem(_folder / from + "/" + entry.name, _folder / to + "/" + entry.name, witness);
+    }
+    UniqueFd forgetContent(const std::string& below) {
+        UniqueFd file(::open((_folder / below).c_str(), O_RDONLY | O_CLOEXEC));
+        EXPECT_EQ(::fsync(file.get()), 0);
+        EXPECT_EQ(::posix_fadvise(file.get(), 0, 0, POSIX_FADV_DONTNEED), 0);
+        return file;
+    }
+    // Asking brings it there.
+    static bool isInMemory(const UniqueFd& file) {
+        char byte = 0;
+        const iovec place{&byte, 1};
+        return ::preadv2(file.get(), &place, 1, 0, RWF_NOWAIT) >= 0 || errno != EAGAIN;
+    }
+    // What a file more costs, once everything that is done once has been done.
+    int callsForOneMore(const std::function<void(const std::string&)>& work, long number = -1) {
+        makeFiles("few", some);
+        makeFiles("more", 2 * some);
+        for (const std::string name : {"few-copy", "more-copy"}) buildTree(_files, _files, _folder / name, {});
+        const auto calls = [&](const std::string& name) {
+            const SystemCalls made = SystemCalls::of([&] { work(name); });
+            return number < 0 ? made.all() : made.count(number);
+        };
+        const int difference = calls("more") - calls("few");
+        return (difference + some / 2) / some;
+    }
+
+    TemporaryFolder _folder;
+    LinuxFiles _files;
+    LinuxItemCopy _copier;
+};
+
+TEST_F(SystemCallsTest, aListedFileIsLookedAtOnce) {
+    const auto list = [&](const std::string& name) { (void)_files.list(_folder / name); };
+    EXPECT_EQ(callsForOneMore(list), 1);
+}
+
+// Open, look, make, copy, look again, attributes, dates and twice close; a file that has to be read and written by
+// hand costs one more.
+TEST_F(SystemCallsTest, aNewFileCostsTenCalls) {
+    const auto copy = [&](const std::string& name) { copyFolder(name, name + "-copy"); };
+    EXPECT_LE(callsForOneMore(copy), 11); // one of them is the listing's
+    EXPECT_EQ(_files.listNames(_folder / "more-copy").valueOr({}).size(), 2U * some);
+}
+
+TEST_F(SystemCallsTest, whatIsInMemoryIsNotReadAhead) {
+    makeFiles("from", 2 * some);
+    buildTree(_files, _files, _folder / "to", {});
+    EXPECT_EQ(SystemCalls::of([&] { copyFolder("from", "to"); }).count(SYS_fadvise64), 0);
+}
+
+TEST_F(SystemCallsTest, whatIsNotInMemoryIsReadAhead) {
+    makeFiles("from", 2 * some);
+    buildTree(_files, _files, _folder / "to", {});
+    for (const std::string& name : _files.listNames(_folder / "from").valueOr({})) forgetContent("from/" + name);
+    makeFiles("other", 1);
+    const bool cold = !isInMemory(forgetContent("other/f0")); // a folder in memory alone never leaves it
+    const int asked = SystemCalls::of([&] { copyFolder("from", "to"); }).count(SYS_fadvise64);
+    EXPECT_EQ(asked, cold ? 2 * some : 0);
+    EXPECT_EQ(snapshotTree(_files, _files, _folder / "from"), snapshotTree(_files, _files, _folder / "to"));
+}
+
+TEST_F(SystemCallsTest, aNameMoreInAnOpenFileIsOneCall) {
+    makeFiles("from", 1);
+    const auto append = [&](const std::string& name) {
+        const auto appender = _files.appender(_folder / "from/f0");
+        const int count = name == "few" ? some : 2 * some;
+        for (int i = 0; i < count; ++i) (void)(*appender)->append("name\n");
+    };
+    EXPECT_EQ(callsForOneMore(append), 1);
+}
+
+TEST_F(SystemCallsTest, aLargeFileIsWrittenOutWhileItIsCopied) {
+    buildTree(_files, _files, _folder.path(), {file("large", std::string(33 * mebibyte, 'l')), file("small", "s")});
+    const auto written = [&](const std::string& name) {
+        const auto copy = [&] {
+            CopyWitness witness;
+            (void)_copier.copyItem(_folder / name, _folder / name + "-copy", witness);
+        };
+        return SystemCalls::of(copy).count(SYS_sync_file_range);
+    };
+    struct statfs volume {};
+    ASSERT_EQ(::statfs(_folder.path().c_str(), &volume), 0);
+    constexpr long btrfs = 0x9123683E, xfs = 0x58465342;
+    const bool sharesExtents = volume.f_type == btrfs || volume.f_type == xfs;
+    EXPECT_EQ(written("large"), sharesExtents ? 0 : 4 + 3); // four stretches sent, three of them waited for
+    EXPECT_EQ(written("small"), 0);
+    EXPECT_EQ(_files.attributes(_folder / "large-copy")->size, 33 * mebibyte);
+}
+
+} // namespace
+} // namespace vt::test
