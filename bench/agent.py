@@ -44,6 +44,12 @@ class Agent:
             sys.exit(f"bench: vantaroctl {' '.join(words)} ended with {answer.returncode}: {answer.stderr.strip()}")
         return answer.stdout
 
+    def processor_seconds(self):
+        """Of all its threads so far, in the kernel and outside."""
+        with open(f"/proc/{self._process.pid}/stat", encoding="ascii") as file:
+            fields = file.read().rpartition(")")[2].split()
+        return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
     def peak_memory(self):
         """The largest resident size so far, in KiB."""
         with open(f"/proc/{self._process.pid}/status", encoding="ascii") as file:

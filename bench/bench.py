@@ -1,9 +1,10 @@
-"""First sync and no-change sync of two loads: this system against rsync and cp, alternating, in one run.
+"""First sync, no-change sync and update of two loads: this system against rsync and cp, alternating, in one run.
 
 Every measurement starts from the same state: the source on the same file system as the copy, everything written flushed,
 caches dropped where that is allowed and read warm where it is not. Two times are taken: until the command returns, and
 until its copy is on the disk (a flush of the file system follows). The ratios compare the second, because a copy on a
-drive that may be pulled is done only then; this system flushes by itself.
+drive that may be pulled is done only then; this system flushes by itself. The processor time stands beside them: it
+says the same on a machine that has other work to do.
 
 usage: bench.py PROJECT [--quick], inside a session bus of its own with HOME below PROJECT/build/bench"""
 
@@ -11,6 +12,7 @@ import json
 import os
 import platform
 import random
+import resource
 import shutil
 import statistics
 import subprocess
@@ -21,6 +23,7 @@ from agent import Agent
 import media
 
 TOOLS = ("vantaro", "rsync -a", "cp -a")
+KINDS = {"first": "first", "unchanged": "no change", "changed": "1 % changed"}
 ROUNDS = 5
 # Seconds after which a quick run starts no further round.
 QUICK_ENOUGH = 35
@@ -84,15 +87,47 @@ def settle(path):
         return False
 
 
-def timed(command, destination):
-    """Seconds until the command returned, and until its copy is on disk."""
-    start = time.monotonic()
+def children_seconds():
+    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return usage.ru_utime + usage.ru_stime
+
+
+def timed(command, destination, agent_seconds=lambda: 0.0):
+    """Seconds until the command returned, until its copy is on disk, and of the processor for all of it."""
+    start, used = time.monotonic(), children_seconds() + agent_seconds()
     answer = subprocess.run(command, stdout=subprocess.DEVNULL, check=False)
     returned = time.monotonic() - start
     if answer.returncode != 0:
         sys.exit(f"bench: {' '.join(command)} ended with {answer.returncode}")
     subprocess.run(["sync", "-f", destination], check=True)
-    return {"returned": returned, "onDisk": time.monotonic() - start}
+    on_disk = time.monotonic() - start
+    return {"returned": returned, "onDisk": on_disk, "processor": children_seconds() + agent_seconds() - used}
+
+
+def change(path):
+    """Gives every hundredth file other content of the same length, and the date of now. Answers whether any."""
+    number = 0
+    for folder, folders, names in os.walk(path):
+        folders.sort()
+        for name in sorted(names):
+            number += 1
+            if number % 100 == 0:
+                with open(os.path.join(folder, name), "r+b") as file:
+                    first = file.read(1)
+                    file.seek(0)
+                    file.write(bytes([first[0] ^ 1]))
+    return number >= 100
+
+
+def runs(path, destination, first, again, agent_seconds=lambda: 0.0):
+    """The measurements of each kind, from the same state; a load of few files is never changed."""
+    results = {}
+    for kind in KINDS:
+        if kind == "changed" and not change(path):
+            continue
+        settle(path)
+        results[kind] = timed(first if kind == "first" else again, destination, agent_seconds)
+    return results
 
 
 def checked(load, destination, tool):
@@ -107,13 +142,10 @@ def run_peer(tool, load, work):
     shutil.rmtree(target, ignore_errors=True)
     os.mkdir(target)
     again = {"rsync -a": ["rsync", "-a"], "cp -a": ["cp", "-au"]}[tool]
-    settle(load.path)
-    first = timed(tool.split() + [load.path, target], target)
-    settle(load.path)
-    unchanged = timed(again + [load.path, target], target)
+    results = runs(load.path, target, tool.split() + [load.path, target], again + [load.path, target])
     checked(load, target, tool)
     shutil.rmtree(target)
-    return first, unchanged
+    return results
 
 
 def run_vantaro(load, work, programs):
@@ -132,17 +164,15 @@ def run_vantaro(load, work, programs):
         agent.control("start", drive, "--wait")
         os.rename(load.path, place)
         try:
-            settle(place)
-            first = timed(agent.command("start", drive, "--wait"), drive)
-            first["peakKiB"] = agent.peak_memory()
-            settle(place)
-            unchanged = timed(agent.command("start", drive, "--wait"), drive)
-            unchanged["peakKiB"] = agent.peak_memory()
+            start = agent.command("start", drive, "--wait")
+            results = runs(place, drive, start, start, agent.processor_seconds)
+            for result in results.values():
+                result["peakKiB"] = agent.peak_memory()
         finally:
             os.rename(place, load.path)
     checked(load, drive, "vantaro")
     shutil.rmtree(drive)
-    return first, unchanged
+    return results
 
 
 def medians(samples):
@@ -151,18 +181,20 @@ def medians(samples):
 
 def table(results, loads, rounds, cold):
     caches = "cold" if cold else "warm"
-    lines = [f"Seconds, median of {rounds} round{'s'[:rounds > 1]}, caches {caches}: until on disk (until it returned)",
-             f"{'':26}" + "".join(f"{tool:>14}" for tool in TOOLS) + f"{'/rsync':>6}{'/cp':>6}"]
+    lines = [f"Seconds, median of {rounds} round{'s'[:rounds > 1]}, caches {caches}: until on disk (of the processor)",
+             f"{'':27}" + "".join(f"{tool:>14}" for tool in TOOLS) + f"{'/rsync':>8}{'/cp':>6}"]
     for load in loads:
-        for kind, title in (("first", "first"), ("unchanged", "no change")):
+        for kind, title in KINDS.items():
+            if kind not in results[load.name][TOOLS[0]]:
+                continue
             row = {tool: medians(results[load.name][tool][kind]) for tool in TOOLS}
-            cells = "".join(f"{row[tool]['onDisk']:>6.2f} ({row[tool]['returned']:5.2f})" for tool in TOOLS)
+            cells = "".join(f"{row[tool]['onDisk']:>6.2f} ({row[tool]['processor']:5.2f})" for tool in TOOLS)
             ours = row["vantaro"]["onDisk"]
-            ratios = f"{ours / row['rsync -a']['onDisk']:6.2f}{ours / row['cp -a']['onDisk']:6.2f}"
-            lines.append(f"{load.title + ', ' + title:26}{cells}{ratios}")
-        peak = max(sample["peakKiB"] for kind in ("first", "unchanged") for sample in results[load.name]["vantaro"][kind])
+            ratios = f"{ours / row['rsync -a']['onDisk']:8.2f}{ours / row['cp -a']['onDisk']:6.2f}"
+            lines.append(f"{load.title + ', ' + title:27}{cells}{ratios}")
+        peak = max(sample["peakKiB"] for samples in results[load.name]["vantaro"].values() for sample in samples)
         lines.append(f"  the agent's peak memory: {peak / 1024:.1f} MiB")
-    lines.append("cp without a change is cp -au. A sync that is asked for begins after one second.")
+    lines.append("cp for the second time is cp -au. A sync that is asked for begins after one second.")
     return "\n".join(lines)
 
 
@@ -176,7 +208,7 @@ def main():
     small.make(fill_small)
     big.make(fill_big)
     loads = (small, big)
-    results = {load.name: {tool: {"first": [], "unchanged": []} for tool in TOOLS} for load in loads}
+    results = {load.name: {tool: {} for tool in TOOLS} for load in loads}
     cold = settle(source)
     began = time.monotonic()
     rounds = 0
@@ -186,8 +218,8 @@ def main():
             for tool in TOOLS[rounds % 3:] + TOOLS[:rounds % 3]:
                 print(f"round {rounds + 1}, {load.title}: {tool}", file=sys.stderr)
                 run = run_vantaro(load, work, programs) if tool == "vantaro" else run_peer(tool, load, work)
-                for kind, sample in zip(("first", "unchanged"), run):
-                    results[load.name][tool][kind].append(sample)
+                for kind, sample in run.items():
+                    results[load.name][tool].setdefault(kind, []).append(sample)
         rounds += 1
     print("media filter", file=sys.stderr)
     filtering = media.measure(work, programs, quick)
