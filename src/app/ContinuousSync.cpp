@@ -3,6 +3,7 @@
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "config/utilities/TypedGetters.h"
+#include "sync/compare/ItemChoice.h"
 
 #include <algorithm>
 
@@ -199,6 +200,13 @@ void ContinuousSync::handOverCollectedItems() {
         if (controller->isParticipatingInSync() && controller->continuousSyncState())
             controller->continuousSyncNow(items);
     }
+    announceAgain(neighboursLeftOut(std::move(items)));
+}
+
+void ContinuousSync::announceAgain(const std::vector<std::string>& folders) {
+    if (folders.empty()) return;
+    m_continuousSyncItems.insert(m_continuousSyncItems.end(), folders.begin(), folders.end());
+    mainThreadStartContinuousSyncTimer();
 }
 
 std::vector<std::string> ContinuousSync::waitingFoldersOf(VTSyncController& controller) const {

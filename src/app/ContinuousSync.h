@@ -51,6 +51,8 @@ class ContinuousSync {
     void watchingBegan(const std::string& folder);
     // Every drive that has the folder in its list has begun a pass over all of it since it came to be watched.
     [[nodiscard]] bool isPassedOver(const std::string& folder) const;
+    // They changed too, but the sync that was just handed over does not look at them.
+    void announceAgain(const std::vector<std::string>& folders);
     [[nodiscard]] std::vector<std::string> foldersOf(VTSyncController& controller) const;
     [[nodiscard]] std::vector<std::string> watchedFolders() const;
 

@@ -114,6 +114,30 @@ TEST(ContinuousSync, WhatArrivesDuringTheHandOverStays) {
     EXPECT_THAT(world.handedTo(*stick), ElementsAre(Paths{pictures}));
 }
 
+TEST(ContinuousSync, AFolderWhoseNameOnlyBeginsLikeAnotherFollowsWithTheNextHandOver) {
+    ContinuousWorld world;
+    const auto stick = world.addContinuousDrive("one", {"~/Pictures", "~/Pictures2"});
+    const std::string second = "/home/ada/Pictures2";
+    world.change(second);
+    world.change(pictures);
+    world.pass(10);
+    EXPECT_THAT(world.handedTo(*stick), ElementsAre(Paths{second, pictures}));
+    world.pass(10);
+    EXPECT_THAT(world.handedTo(*stick), ElementsAre(Paths{second})) << "the first sync did not look at it";
+    world.pass(60);
+    EXPECT_THAT(world.handedTo(*stick), IsEmpty());
+}
+
+TEST(ContinuousSync, AFolderBelowAnotherIsHandedOverOnce) {
+    ContinuousWorld world;
+    const auto stick = world.addContinuousDrive("one", {"~/Music", "~/Music/Live"});
+    world.change("/home/ada/Music/Live/song.mp3");
+    world.pass(10);
+    EXPECT_THAT(world.handedTo(*stick), ElementsAre(testing::UnorderedElementsAre(music, "/home/ada/Music/Live")));
+    world.pass(60);
+    EXPECT_THAT(world.handedTo(*stick), IsEmpty());
+}
+
 TEST(ContinuousSync, ARebuildBeginsAgainAtNowAndLosesNothing) {
     ContinuousWorld world;
     const auto stick = world.addContinuousDrive("one", {"~/Music"});

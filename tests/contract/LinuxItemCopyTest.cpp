@@ -8,7 +8,9 @@
 #include "support/TreeLiteral.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -253,6 +255,38 @@ TEST_F(LinuxItemCopyTest, aSourceThatIsExchangedForALinkMeanwhileIsNotFollowed) 
     EXPECT_TRUE(copy().done);
     for (const auto& [path, entry] : snapshotTree(_files, _files, _folder / "to"))
         EXPECT_EQ(entry.kind, FileKind::link) << path;
+}
+
+// The next comparison knows a change by its date alone.
+TEST_F(LinuxItemCopyTest, aChangeRightAfterTheCopyHasALaterDateThanTheCopy) {
+    for (int round = 0; round < 50; ++round) {
+        const std::string name = std::to_string(round);
+        std::ofstream(_folder / name) << "old";
+        ASSERT_TRUE(copy(name, name + ".copy").done);
+        std::ofstream(_folder / name) << "new";
+        const Date source = _files.attributes(_folder / name)->modified;
+        EXPECT_GT(source, _files.attributes(_folder / (name + ".copy"))->modified) << round;
+    }
+}
+
+TEST_F(LinuxItemCopyTest, aChangeRightAfterTheCopyHasALaterDateWhereDatesAreWholeSeconds) {
+    build({folder("m")});
+    const std::string image = _folder / "image";
+    makeSparse("image", 4 * mebibyte, {});
+    const std::string answer = withPrivateMounts([&]() -> std::string {
+        // Inodes of this size hold no fractions.
+        if (std::system(
+                ("mkfs.ext2 -q -I 128 " + image + " && mount -o loop " + image + " " + _folder / "m").c_str()) != 0)
+            return "no file system";
+        std::ofstream(_folder / "m/file") << "old";
+        const bool done = copy("m/file", "copy").done;
+        std::ofstream(_folder / "m/file") << "new";
+        const auto dates = [&](const char* name) { return _files.attributes(_folder / name)->modified; };
+        return expectEqual("done", done, true) +
+               expectEqual("whole seconds", statusOf(_folder / "m/file").st_mtim.tv_nsec, 0L) +
+               expectEqual("later", dates("m/file") > dates("copy"), true);
+    });
+    EXPECT_EQ(answer, "");
 }
 
 TEST_F(LinuxItemCopyTest, copyingOpensNoMoreHandlesThanItCloses) {

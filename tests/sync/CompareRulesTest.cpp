@@ -63,6 +63,24 @@ TEST(CompareChoice, aChangedPathIsKeptAbbreviatedWithTheItemItBelongsTo) {
     EXPECT_EQ(chosen[0].item, "~/Music");
 }
 
+TEST(CompareChoice, aPathBelongsToTheInnermostItemThatHoldsIt) {
+    const HomePaths home("/home/ada");
+    const std::vector<std::string> list{"~/Pictures", "~/Pictures2", "~/Pictures2/Raw", "~/"};
+    const auto itemOf = [&](const std::string& path) { return chooseChangedItems({path}, list, home).at(0).item; };
+    EXPECT_EQ(itemOf("/home/ada/Pictures2"), "~/Pictures2") << "not the one that its text begins with";
+    EXPECT_EQ(itemOf("/home/ada/Pictures2/Raw/x"), "~/Pictures2/Raw");
+    EXPECT_EQ(itemOf("/home/ada/Pictures3"), "~/");
+    EXPECT_EQ(chooseChangedItems({"/home/ada/Pictures3"}, {"~/Pictures"}, home).at(0).item, "~/Pictures")
+        << "none holds it: the text decides";
+}
+
+TEST(CompareChoice, neighboursThatOnlyBeginAlikeAreKnownToBeLeftOut) {
+    EXPECT_EQ(neighboursLeftOut({"/A/BC", "/A/B", "/A/B/c", "/A/BC", "/A/B", "/A/BC/d", "/Z"}),
+              (std::vector<std::string>{"/A/BC", "/A/BC/d"}));
+    EXPECT_TRUE(neighboursLeftOut({"/A", "/A/B", "/B"}).empty());
+    EXPECT_TRUE(neighboursLeftOut({"/", "/A"}).empty());
+}
+
 TEST(CompareChoice, anAbsoluteItemInsideTheHomeFolderMatches) {
     const HomePaths home("/home/ada");
     EXPECT_EQ(pathsOfChosen(chooseChangedItems({"/home/ada/Music"}, {"/home/ada/Music"}, home)),

@@ -20,5 +20,8 @@ struct ChosenItem {
 [[nodiscard]] std::vector<ChosenItem> chooseChangedItems(std::vector<std::string> changedPaths,
                                                          const std::vector<std::string>& syncItems,
                                                          const HomePaths& home);
+// The changed paths that the first of these tests leaves out although they do not lie below what it keeps: a sync of
+// `changedPaths` does not look at them. Sorted, each once.
+[[nodiscard]] std::vector<std::string> neighboursLeftOut(std::vector<std::string> changedPaths);
 
 } // namespace vt

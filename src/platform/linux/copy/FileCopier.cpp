@@ -1,8 +1,12 @@
 #include "platform/linux/copy/FileCopier.h"
 
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/vfs.h>
+#include <thread>
 #include <unistd.h>
 
 namespace vt {
@@ -18,6 +22,17 @@ bool isSame(const timespec& one, const timespec& other) {
 bool isUnchanged(const struct stat& before, const struct stat& after) {
     return before.st_size == after.st_size && isSame(before.st_mtim, after.st_mtim) &&
            isSame(before.st_ctim, after.st_ctim);
+}
+
+// Dates move in steps: the clock's ticks, or whole seconds where the file system keeps no more (of those FAT keeps
+// every second one). What is written within the step of `status` leaves no later date.
+bool mayStillChangeUnseen(const struct stat& status) {
+    constexpr std::int64_t second = 1'000'000'000;
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
+    const std::int64_t age = (now.tv_sec - status.st_mtim.tv_sec) * second + (now.tv_nsec - status.st_mtim.tv_nsec);
+    const bool wholeSeconds = status.st_mtim.tv_nsec == 0 && status.st_ctim.tv_nsec == 0;
+    return age <= (wholeSeconds ? 2 * second : 0) && age > -second;
 }
 
 // Network shares and file systems in user space write at the closing of a file, which gives it a new date.
@@ -63,11 +78,22 @@ CopyEnding FileCopier::copyFile(const ItemSpot& source, const ItemSpot& destinat
     Result<UniqueFd> input = source.open(O_RDONLY | O_NONBLOCK);
     if (!input) return _events.failed(CopyWhat::file, input.error());
     making.input = std::move(input).value();
-    if (::fstat(making.input.get(), &making.before) != 0) return _events.failed(CopyWhat::file, source.error(errno));
+    if (const int code = lookBeforeReading(making); code != 0)
+        return _events.failed(CopyWhat::file, source.error(code));
     if (!S_ISREG(making.before.st_mode)) return _events.failed(CopyWhat::file, source.error(EOPNOTSUPP));
     const CopyAnswer answer = _events.raise(CopyWhat::file, CopyStage::start, 0, making.size());
     if (answer != CopyAnswer::goOn) return CopyEvents::endingOf(answer);
     return makeFile(making);
+}
+
+// A later change must be told by its date: the reading begins when the step of the file's date is over. A file that
+// changes all the time is not waited for.
+int FileCopier::lookBeforeReading(Making& making) {
+    if (::fstat(making.input.get(), &making.before) != 0) return errno;
+    const struct stat seen = making.before;
+    if (!S_ISREG(seen.st_mode) || !mayStillChangeUnseen(seen)) return 0;
+    while (mayStillChangeUnseen(seen)) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return ::fstat(making.input.get(), &making.before) == 0 ? 0 : errno;
 }
 
 CopyEnding FileCopier::makeFile(Making& making) {
@@ -103,7 +129,8 @@ CopyEnding FileCopier::copyContent(Making& making) {
         struct stat after {};
         if (::fstat(making.input.get(), &after) != 0) return _events.failed(CopyWhat::data, making.source.error(errno));
         if (isUnchanged(making.before, after) || reading == mostReadings) return CopyEnding::made;
-        making.before = after;
+        if (const int again = lookBeforeReading(making); again != 0)
+            return _events.failed(CopyWhat::data, making.source.error(again));
         if (making.size() > _capabilities.largestFile)
             return _events.failed(CopyWhat::data, making.destination.error(EFBIG));
         if (::ftruncate(making.output.get(), 0) != 0)

@@ -21,6 +21,7 @@ class FileCopier {
 
   private:
     struct Making; // a file on its way
+    [[nodiscard]] static int lookBeforeReading(Making& making);
     [[nodiscard]] CopyEnding makeFile(Making& making);
     [[nodiscard]] CopyEnding copyContent(Making& making);
     [[nodiscard]] int finish(Making& making);
