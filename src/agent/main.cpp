@@ -8,6 +8,7 @@
 #include "config/utilities/FileCreation.h"
 #include "mediafilter/MediaCharacterizer.h"
 #include "platform/HeadlessAlertPanel.h"
+#include "platform/linux/LinuxChildProcesses.h"
 #include "platform/linux/LinuxClock.h"
 #include "platform/linux/LinuxDriveFiles.h"
 #include "platform/linux/LinuxFileSystemTable.h"
@@ -95,6 +96,7 @@ int runAgent(int& argc, char** argv) {
     vt::FSNamesAndTags fileSystems(fileSystemTable);
     vt::LinuxWorkerThreads threads;
     vt::LinuxShellCommands shell;
+    vt::LinuxChildProcesses children(runLoop);
     vt::LinuxMediaProbe mediaProbe;
     vt::CharacterizationCache cache(files, stateFolder(files, system) + "/characterizations");
     vt::MediaCharacterizer media(runLoop, mediaProbe, preferences, files, &cache);
@@ -128,6 +130,7 @@ int runAgent(int& argc, char** argv) {
         .sleep = [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); },
         .quit = [](int exitCode) { vt::QtRunLoop::quit(exitCode); },
         .version = VANTARO_VERSION,
+        .children = &children,
     });
     const vt::Signals endsOnSignal([] { vt::QtRunLoop::quit(0); });
     controller.awakeFromNib();

@@ -23,6 +23,7 @@
 
 namespace vt {
 
+class ChildProcesses;
 class FSNamesAndTags;
 class MediaServices;
 class ShellCommands;
@@ -55,6 +56,7 @@ struct ApplicationServices {
     std::function<void(int exitCode)> quit;                         // ends the run loop
     std::string version;                                            // short version, "1.0.0"
     std::string driveFamilyFile = "/etc/vantaro/drive-family.conf"; // one pattern a line
+    ChildProcesses* children = nullptr;                             // null: no child process can be started
 };
 
 } // namespace vt

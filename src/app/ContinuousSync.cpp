@@ -6,6 +6,7 @@
 #include "sync/compare/ItemChoice.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vt {
 
@@ -23,8 +24,10 @@ constexpr std::chrono::milliseconds activityPeriod{2'000};
 
 } // namespace
 
-ContinuousSync::ContinuousSync(ApplicationServices& services, SyncControllerRegistry& registry, LogSink& log)
-    : _services(services), _registry(registry), _log(log) {}
+ContinuousSync::ContinuousSync(ApplicationServices& services, SyncControllerRegistry& registry, LogSink& log,
+                               std::function<bool()> runningOnLeopardOrLater)
+    : _services(services), _registry(registry), _log(log),
+      _runningOnLeopardOrLater(std::move(runningOnLeopardOrLater)) {}
 
 void ContinuousSync::startActivityTimer() {
     m_syncActivityTimer =
@@ -48,8 +51,8 @@ std::vector<std::string> ContinuousSync::watchedFolders() const {
     return folders;
 }
 
-void ContinuousSync::updateContinuousSyncSettings(bool runningOnLeopardOrLater) {
-    if (runningOnLeopardOrLater)
+void ContinuousSync::updateContinuousSyncSettings() {
+    if (_runningOnLeopardOrLater())
         updateFSEventSettings();
     else
         updateHelperToolSettings();
@@ -143,9 +146,8 @@ void ContinuousSync::setContinuousSyncNotificationsEnabled(bool enabled) {
                                                       if (data != nullptr && !data->bytes.empty())
                                                           mainThreadEventDataReceived(data->bytes);
                                                   });
-    _refreshObservation =
-        notifications.observe(refreshRequestName, application::notificationObject,
-                              [this](const Value::Dictionary&) { updateContinuousSyncSettings(true); });
+    _refreshObservation = notifications.observe(refreshRequestName, application::notificationObject,
+                                                [this](const Value::Dictionary&) { updateContinuousSyncSettings(); });
 }
 
 void ContinuousSync::mainThreadEventDataReceived(const std::string& bytes) {

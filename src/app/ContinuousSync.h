@@ -18,10 +18,12 @@ namespace vt {
 
 class ContinuousSync {
   public:
-    ContinuousSync(ApplicationServices& services, SyncControllerRegistry& registry, LogSink& log);
+    // `runningOnLeopardOrLater`: watch here; otherwise a helper process is told what to watch.
+    ContinuousSync(ApplicationServices& services, SyncControllerRegistry& registry, LogSink& log,
+                   std::function<bool()> runningOnLeopardOrLater);
 
     void startActivityTimer(); // every 2.0 seconds
-    void updateContinuousSyncSettings(bool runningOnLeopardOrLater);
+    void updateContinuousSyncSettings();
     void setContinuousSyncNotificationsEnabled(bool enabled);
     void mainThreadEventDataReceived(const std::string& bytes);
     void mainThreadAddContinuousSyncItems(const std::vector<std::string>& paths);
@@ -59,6 +61,7 @@ class ContinuousSync {
     ApplicationServices& _services;
     SyncControllerRegistry& _registry;
     LogSink& _log;
+    std::function<bool()> _runningOnLeopardOrLater;
     std::unique_ptr<Timer> m_continuousSyncTimer;
     std::chrono::nanoseconds _quietUntil{0}; // by the steady clock, while that timer runs
     std::unique_ptr<Timer> m_syncActivityTimer;

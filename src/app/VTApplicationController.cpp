@@ -4,6 +4,7 @@
 #include "app/ApplicationHost.h"
 #include "app/DriveCommands.h"
 #include "app/DrivesService.h"
+#include "app/SystemTasks.h"
 #include "app/WaitingChanges.h"
 #include "base/Paths.h"
 #include "base/Text.h"
@@ -43,6 +44,7 @@ struct VTApplicationController::Parts {
     ServedVolumes served;
     FilterExplainer explainer;
     DrivesService drives;
+    SystemTasks tasks;
 
     DriveArrival::Collaborators collaborators() {
         return {services, log, registry, media, continuous, delayed, [this] { updateContinuousSyncSettings(); }};
@@ -53,7 +55,7 @@ struct VTApplicationController::Parts {
                 services.system,        host,
                 services.clock,         log};
     }
-    void updateContinuousSyncSettings() { continuous.updateContinuousSyncSettings(host.runningOnLeopardOrLater()); }
+    void updateContinuousSyncSettings() { continuous.updateContinuousSyncSettings(); }
 };
 
 VTApplicationController::Parts::Parts(ApplicationServices given)
@@ -79,7 +81,8 @@ VTApplicationController::Parts::Parts(ApplicationServices given)
                    services.threads,
                    services.media,
                    services.shell},
-      registry(syncServices, log), media(registry), continuous(services, registry, log),
+      registry(syncServices, log), media(registry),
+      continuous(services, registry, log, [this] { return host.runningOnLeopardOrLater(); }),
       waiting(services, registry, continuous), delayed(services.runLoop, registry),
       localFiles(services.driveFiles.bind(nullptr)), arrival(collaborators()),
       commands(collaborators(), configuration()), events(commands),
@@ -87,7 +90,7 @@ VTApplicationController::Parts::Parts(ApplicationServices given)
              [this](const std::string& key) { return registry.controllerForKey(key) != nullptr; }),
       explainer({services.runLoop, services.threads, services.media, exclusions, localFiles->files(),
                  services.system.home()}),
-      drives(collaborators(), arrival, served, events, explainer, waiting) {
+      drives(collaborators(), arrival, served, events, explainer, waiting), tasks(services.children) {
     continuous.waitingMayHaveChanged = [this] { waiting.tellSoon(); };
     registry.appeared = [this](const std::string& mountPoint) { services.bus.driveAppeared(mountPoint); };
     arrival.arrived = [this](const std::string& mountPoint) { drives.driveArrived(mountPoint); };
@@ -210,6 +213,9 @@ DrivesService& VTApplicationController::drivesService() {
 }
 ContinuousSync& VTApplicationController::continuousSync() {
     return _parts->continuous;
+}
+SystemTasks& VTApplicationController::systemTasks() {
+    return _parts->tasks;
 }
 LogFrontEnd& VTApplicationController::log() {
     return _parts->log;

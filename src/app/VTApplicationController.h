@@ -18,6 +18,7 @@ class DrivesService;
 class ContinuousSync;
 class LogFrontEnd;
 class SyncControllerRegistry;
+class SystemTasks;
 class DriveArrival;
 
 class VTApplicationController {
@@ -48,6 +49,7 @@ class VTApplicationController {
     [[nodiscard]] DrivesService& drivesService();
     [[nodiscard]] ContinuousSync& continuousSync();
     [[nodiscard]] LogFrontEnd& log();
+    [[nodiscard]] SystemTasks& systemTasks();
     [[nodiscard]] SyncControllerRegistry& registry();
 
   private:

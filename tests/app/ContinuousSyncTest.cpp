@@ -195,9 +195,9 @@ TEST(ContinuousSync, SwitchingOffKeepsTheRefreshRequest) {
 
 TEST(ContinuousSync, TheHelperRouteSendsTheFoldersEvenWhenThereAreNone) {
     ContinuousWorld world;
-    world.continuous.updateContinuousSyncSettings(false);
+    world.leopard = false;
+    world.watch();
     world.addContinuousDrive("one", {"~/Music", "~/Pictures"});
-    world.continuous.updateContinuousSyncSettings(false);
     const auto settings = [](const Value::Array& folders) {
         return Value::Dictionary{
             {"syncsettings", Value::Dictionary{{"syncSet", folders}, {"notificationInterval", 0.5}}}};
@@ -209,6 +209,12 @@ TEST(ContinuousSync, TheHelperRouteSendsTheFoldersEvenWhenThereAreNone) {
     EXPECT_EQ(*sent[0].userInfo, settings({}));
     EXPECT_EQ(*sent[1].userInfo, settings({music, pictures}));
     EXPECT_EQ(sent[1].options, 3U);
+    world.notifications.posted.clear();
+    world.notifications.arrive(refreshRequest, "com.corvane.vantaro.notifications", {});
+    world.loop.runPending();
+    ASSERT_EQ(world.notifications.posted.size(), 1U) << "the helper asks for them when it starts";
+    EXPECT_EQ(*world.notifications.posted[0].userInfo, settings({music, pictures}));
+    EXPECT_EQ(world.continuous.streamCount(), 0U);
 }
 
 struct AddedRow {

@@ -48,7 +48,8 @@ class ContinuousWorld : public SyncWorld {
         .version = "1.0.0",
     };
     SyncControllerRegistry registry{services, host};
-    ContinuousSync continuous{application, registry, host};
+    bool leopard = true; // the system watches by itself
+    ContinuousSync continuous{application, registry, host, [this] { return leopard; }};
 
     ContinuousWorld() { continuous.setContinuousSyncNotificationsEnabled(true); }
 
@@ -74,7 +75,7 @@ class ContinuousWorld : public SyncWorld {
         which.setContinuousSyncState(on);
         run(which);
     }
-    void watch() { continuous.updateContinuousSyncSettings(true); }
+    void watch() { continuous.updateContinuousSyncSettings(); }
     void change(const std::string& path) {
         events.fire(path);
         loop.runPending();
