@@ -132,6 +132,7 @@ int runAgent(int& argc, char** argv) {
         .version = VANTARO_VERSION,
         .children = &children,
     });
+    agent = &controller;
     const vt::Signals endsOnSignal([] { vt::QtRunLoop::quit(0); });
     controller.awakeFromNib();
     if (!controller.applicationWillFinishLaunching()) {

@@ -9,6 +9,7 @@
 #include "sync/workfolders/SpaceCheck.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 namespace vt {
@@ -95,8 +96,20 @@ bool SyncPass::syncThreadSyncItems(const std::optional<std::vector<std::string>>
         paths ? chooseChangedItems(*paths, _syncItems, _services.paths.home()) : chooseAllItems(_syncItems);
     if (paths && items.empty()) return true;
     _services.owed.setChosen(items);
-    if (!compareItems(items)) return false;
+    if (!compareItems(thoseThatAnswer(items))) return false;
     return processScanResults();
+}
+
+// A share whose server hangs would hold up all the others.
+std::vector<ChosenItem> SyncPass::thoseThatAnswer(std::vector<ChosenItem> items) {
+    std::erase_if(items, [this](const ChosenItem& item) {
+        const std::string local = _services.paths.local(item.path);
+        if (_services.volumes.statVolume(local).code() != ETIMEDOUT) return false;
+        _services.log.logLine("\"%@\" does not answer and is left out.", paths::displayText(local));
+        _tally.fail(local, OwedReason::failed);
+        return true;
+    });
+    return items;
 }
 
 bool SyncPass::compareItems(const std::vector<ChosenItem>& items) {

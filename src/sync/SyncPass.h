@@ -84,6 +84,7 @@ class SyncPass {
     void syncThreadBasicSetup();
     bool syncThreadPrepareFolders();
     bool syncThreadSyncItems(const std::optional<std::vector<std::string>>& paths);
+    [[nodiscard]] std::vector<ChosenItem> thoseThatAnswer(std::vector<ChosenItem> items);
     bool compareItems(const std::vector<ChosenItem>& items);
     bool processScanResults();
     void syncThreadFinishSync();

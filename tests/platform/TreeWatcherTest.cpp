@@ -1,6 +1,7 @@
 // The watcher step by step, without its thread: what needs an exact order of events.
 #include "platform/linux/watch/TreeWatcher.h"
 #include "base/Paths.h"
+#include "support/Child.h"
 #include "support/TemporaryFolder.h"
 
 #include <algorithm>
@@ -238,6 +239,79 @@ TEST(TreeWatcher, MountsWithoutEventsArePolledAndNotOpened) {
     EXPECT_TRUE(watching.told(1));
     write(folder / "root/share/deep/file");
     EXPECT_TRUE(watching.told(1)) << "watched again";
+}
+
+TEST(TreeWatcher, AFolderWhosePermissionWasTakenAwayIsFollowedOnceItIsBack) {
+    TemporaryFolder folder;
+    std::filesystem::create_directories(folder / "root/closed/deep");
+    constexpr uid_t nobody = 65534;
+    for (const char* path : {"", "root", "root/closed", "root/closed/deep"})
+        ASSERT_EQ(::chown((folder / path).c_str(), nobody, nobody), 0);
+    const std::string answer = asUser(nobody, [&]() -> std::string {
+        Watching watching;
+        watching.add(1, folder / "root");
+        ::chmod((folder / "root/closed").c_str(), 0);
+        std::string problems = expectEqual("told of the closing", watching.told(1), true);
+        write(folder / "root/file");
+        problems += expectEqual("told of a neighbour", watching.told(1), true);
+        ::chmod((folder / "root/closed").c_str(), 0700);
+        problems += expectEqual("told of the opening", watching.told(1), true);
+        std::filesystem::create_directory(folder / "root/closed/new");
+        problems += expectEqual("told of a folder", watching.told(1), true);
+        for (const char* path : {"root/closed/deep/file", "root/closed/new/file"}) {
+            write(folder / path);
+            problems += expectEqual(path, watching.told(1), true);
+        }
+        // Closed from the start, with all that was made inside meanwhile.
+        ::chmod((folder / "root/closed").c_str(), 0);
+        Watching later;
+        later.add(2, folder / "root");
+        ::chmod((folder / "root/closed").c_str(), 0700);
+        problems += expectEqual("told of the later opening", later.told(2), true);
+        write(folder / "root/closed/deep/file");
+        return problems + expectEqual("told of what is inside", later.told(2), true);
+    });
+    EXPECT_EQ(answer, "");
+}
+
+TEST(TreeWatcher, AMountWithoutEventsBehindALinkIsPolledToo) {
+    TemporaryFolder folder;
+    std::filesystem::create_directories(folder / "share/deep/inner");
+    std::filesystem::create_directories(folder / "home");
+    std::filesystem::create_symlink("../share", folder / "home/link");
+    std::filesystem::create_symlink("link/deep", folder / "home/second");
+    Watching watching;
+    watching.add(1, folder / "home/link/deep");
+    watching.add(2, folder / "home/second/inner");
+    EXPECT_TRUE(watching.polled.empty());
+    MountTable table = watching.watcher.scope().mounts();
+    MountEntry share;
+    share.id = 999'999;
+    share.target = folder / "share";
+    share.type = "nfs4";
+    share.root = "/";
+    table.push_back(share);
+    watching.watcher.setMounts(table);
+    watching.catchUp();
+    EXPECT_EQ(watching.polled.size(), 2U);
+    EXPECT_EQ(watching.watcher.scope().placeBehindLinks(folder / "home/second/inner/x"), folder / "share/deep/inner/x");
+    table.pop_back();
+    watching.watcher.setMounts(table);
+    watching.catchUp();
+    EXPECT_TRUE(watching.polled.empty());
+    write(folder / "share/deep/inner/file");
+    EXPECT_TRUE(watching.told(1)) << "watched again";
+    write(folder / "share/deep/inner/file");
+    EXPECT_TRUE(watching.told(2));
+}
+
+TEST(WatchScope, LinksThatLeadInCirclesEnd) {
+    TemporaryFolder folder;
+    std::filesystem::create_symlink("b", folder / "a");
+    std::filesystem::create_symlink("a", folder / "b");
+    WatchScope scope;
+    EXPECT_EQ(scope.placeBehindLinks(folder / "missing/x"), folder / "missing/x");
+    EXPECT_FALSE(scope.placeBehindLinks(folder / "a/x").empty());
 }
 
 // Folders made, moved, replaced and removed at random, while the watcher looks at one folder or reads one buffer now

@@ -1,6 +1,7 @@
 #include "platform/linux/volumes/LinuxVolumes.h"
 
 #include "base/Paths.h"
+#include "platform/linux/LinkPlace.h"
 #include "platform/linux/volumes/BackgroundCalls.h"
 #include "platform/linux/volumes/DeviceFacts.h"
 #include "platform/linux/volumes/DiskDescriptions.h"
@@ -48,11 +49,15 @@ struct LinuxVolumes::Core {
 // Only a share or a program's file system may take its time; everything else is asked directly.
 Result<VolumeLook> LinuxVolumes::Core::look(const std::string& path) {
     const auto table = readMountTable();
-    const MountEntry* mount = table ? mountAbove(*table, paths::clean(path)) : nullptr;
-    if (!mount) return lookAtVolume(path);
-    const bool mayHang =
-        mount->type.starts_with("fuse") || fileSystemTraits(mount->type).nature == FileSystemNature::network;
-    if (!mayHang) return lookAtVolume(path);
+    if (!table) return lookAtVolume(path);
+    const auto mayHang = [&](const std::string& place) {
+        const MountEntry* const at = mountAbove(*table, place);
+        return at != nullptr &&
+               (at->type.starts_with("fuse") || fileSystemTraits(at->type).nature == FileSystemNature::network);
+    };
+    const std::string place = placeBehindLinks(paths::clean(path), mayHang);
+    const MountEntry* const mount = mountAbove(*table, place);
+    if (mount == nullptr || !mayHang(place)) return lookAtVolume(path);
     return calls.run<VolumeLook>(mount->target, [path] { return lookAtVolume(path); });
 }
 

@@ -21,7 +21,8 @@ class PollingBackend final : public WatchBackend {
     }
     void add(std::uint64_t root, const std::string& path, double) override {
         if (_scope.isIgnored(path)) return;
-        _poller.watch(root, path, _scope.mountPointOf(path), !_scope.lacksEvents(path));
+        const std::string place = _scope.placeBehindLinks(path);
+        _poller.watch(root, path, _scope.mountPointOf(place), !_scope.lacksEvents(place));
     }
     void remove(std::uint64_t root) override { _poller.forget(root); }
     void leaveOut(const std::vector<std::string>& folders) override {

@@ -37,6 +37,7 @@ void TreeWatcher::addRoot(RootId id, const std::string& path) {
 void TreeWatcher::removeRoot(RootId id) {
     const auto found = _nodeOfRoot.find(id);
     if (found == _nodeOfRoot.end()) return;
+    _elsewhere.erase(found->second);
     _folders.release(found->second);
     _nodeOfRoot.erase(found);
     // There may be room now for what had none.
@@ -77,7 +78,8 @@ void TreeWatcher::examine(Node node) {
     }
     // Decided by names: to open a folder of a server that hangs would hang this thread.
     const bool inside = record.covered && !record.root;
-    if (inside ? _scope.mountLacksEvents(path) : _scope.lacksEvents(path)) {
+    const std::string place = placeOf(node, path);
+    if (inside ? _scope.mountLacksEvents(place) : _scope.lacksEvents(place)) {
         _folders.dropBelow(node);
         _folders.detach(node);
         record.refused = true;
@@ -100,6 +102,23 @@ void TreeWatcher::examine(Node node) {
         opened(node, folder.get(), look);
     else
         notOpened(node, why, look);
+}
+
+std::string TreeWatcher::placeOf(Node node, const std::string& path) {
+    const bool inside = _tree[node].covered && !_tree[node].root;
+    if (!inside) {
+        std::string place = _scope.placeBehindLinks(path);
+        if (_tree[node].root && place != path)
+            _elsewhere[node] = place;
+        else
+            _elsewhere.erase(node);
+        return place;
+    }
+    if (_elsewhere.empty()) return path;
+    Node root = node;
+    while (root != FolderTree::top && !_tree[root].root) root = _tree[root].parent;
+    const auto known = _elsewhere.find(root);
+    return known == _elsewhere.end() ? path : known->second + path.substr(_tree.path(root).size());
 }
 
 void TreeWatcher::opened(Node node, int folder, Look look) {

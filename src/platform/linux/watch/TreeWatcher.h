@@ -58,6 +58,9 @@ class TreeWatcher {
     void startPolling(Node node, PollReason reason);
     void allExamined();
     void pollUnheldRoot(Node node);
+    // Where the node lies when the links that lead to its root are resolved.
+    [[nodiscard]] std::string placeOf(Node node, const std::string& path);
+    void lookBehindLinks();
     void overflowed();
     void folderEvent(Node node, std::uint32_t mask);
     void nameEvent(Node node, std::uint32_t mask, std::string_view name);
@@ -71,7 +74,8 @@ class TreeWatcher {
     FolderTree& _tree;
     std::vector<Node> _waiting; // the last one is next
     std::unordered_map<RootId, Node> _nodeOfRoot;
-    std::unordered_set<Node> _withoutWatch; // polled for want of watches; some may be so no more
+    std::unordered_map<Node, std::string> _elsewhere; // the places of roots that links lead to
+    std::unordered_set<Node> _withoutWatch;           // polled for want of watches; some may be so no more
 };
 
 } // namespace vt

@@ -109,6 +109,15 @@ void TreeWatcher::setMounts(const MountTable& table) {
         if (!holds(table, mount)) pathChanged(mount.target);
     for (const MountEntry& mount : table)
         if (!holds(before, mount)) pathChanged(mount.target);
+    if (!before.empty()) lookBehindLinks();
+}
+
+// A mount that came or went at the end of a link shows in no path of the tree.
+void TreeWatcher::lookBehindLinks() {
+    for (const auto& [node, place] : _elsewhere) {
+        queue(node, Look::below);
+        for (Node above = node; above != FolderTree::top; above = _tree[above].parent) queue(above, Look::here);
+    }
 }
 
 } // namespace vt

@@ -19,12 +19,15 @@ constexpr std::size_t foldersAtATime = 256;
 constexpr int buffersAtATime = 64;
 // While events keep coming they are read so often, not one by one. Milliseconds.
 constexpr int pauseBetweenReadings = 20;
-constexpr const char* watchLimitFile = "/proc/sys/fs/inotify/max_user_watches";
 
+// The lower of the computer's limit and of what this user's name space was given.
 std::uint64_t watchLimit() {
-    std::uint64_t limit = 0;
-    std::ifstream(watchLimitFile) >> limit;
-    return limit;
+    std::uint64_t lowest = 0;
+    for (const char* const file : {"/proc/sys/fs/inotify/max_user_watches", "/proc/sys/user/max_inotify_watches"}) {
+        std::uint64_t limit = 0;
+        if (std::ifstream(file) >> limit && (lowest == 0 || limit < lowest)) lowest = limit;
+    }
+    return lowest;
 }
 
 } // namespace
@@ -166,7 +169,7 @@ void WatchLoop::reportWhatIsDue() {
 void WatchLoop::poll(TreeWatcher::Node node, const std::string& path, TreeWatcher::PollReason reason) {
     const bool silent = reason == TreeWatcher::PollReason::noEvents;
     if (!silent) _withoutWatch[node] = std::nullopt;
-    _poller.watch(node, path, _watcher.scope().mountPointOf(path), !silent);
+    _poller.watch(node, path, _watcher.scope().mountPointOf(_watcher.scope().placeBehindLinks(path)), !silent);
 }
 
 void WatchLoop::looked(TreePoller::Key key, TreePoller::Look look, std::uint64_t folders) {

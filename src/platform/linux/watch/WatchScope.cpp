@@ -1,6 +1,7 @@
 #include "platform/linux/watch/WatchScope.h"
 
 #include "base/Paths.h"
+#include "platform/linux/LinkPlace.h"
 
 #include <algorithm>
 #include <array>
@@ -42,6 +43,10 @@ bool WatchScope::isIgnored(std::string_view path) const {
 bool WatchScope::lacksEvents(std::string_view path) const {
     const MountEntry* const mount = mountAbove(_mounts, path);
     return mount != nullptr && typeLacksEvents(mount->type);
+}
+
+std::string WatchScope::placeBehindLinks(const std::string& path) const {
+    return vt::placeBehindLinks(path, [this](const std::string& place) { return lacksEvents(place); });
 }
 
 std::string WatchScope::mountPointOf(std::string_view path) const {

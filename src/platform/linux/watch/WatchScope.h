@@ -29,6 +29,8 @@ class WatchScope {
     [[nodiscard]] bool mountLacksEvents(const std::string& path) const { return _silentMounts.contains(path); }
     // The mount point that `path` lies on.
     [[nodiscard]] std::string mountPointOf(std::string_view path) const;
+    // `path` with every link on the way resolved; a mount that lacks events may hang and is not looked at.
+    [[nodiscard]] std::string placeBehindLinks(const std::string& path) const;
     [[nodiscard]] const MountTable& mounts() const { return _mounts; }
     [[nodiscard]] const std::unordered_set<std::string>& leftOut() const { return _leftOut; }
 
