@@ -32,7 +32,7 @@ VTSyncController::Parts::Parts(const std::string& mountPoint, const std::string&
     : services(given), deviceVendor(vendor), hostUserId(given.host.uniqueHostUserId()), deviceUUIDString(uuid),
       guard(makeGuard(mountPoint, services.driveFiles)), drive(services.driveFiles.bind(guard.get())),
       log(services.host, services.runLoop, services.clock, *services.process),
-      progress({mountPoint, [this] { return busy(); }, [this] { return cancel.pending(); }}), paths(makePaths()),
+      progress({mountPoint, [this] { return busy(); }, [this] { return cancel.pending(); }}), paths(mountPoint, uuid, hostUserId, services.system),
       facts(mountPoint, factServices()), writer(std::make_shared<ConfigurationWriter>(guard, services.runLoop)),
       configuration(openConfiguration(VTConfigurationFile::ptop)), lastSyncTime(configuration),
       markers({drive->files(), drive->contents(), services.propertyLists, hostUserId,
@@ -71,6 +71,7 @@ VTSyncController::Parts::Parts(const std::string& mountPoint, const std::string&
     configuration->setWriteRunner([this](std::function<bool()> write) {
         return services.runLoop.isMainThread() ? writer->write(std::move(write)) : write();
     });
+    paths.setVolumeRoots(SyncPaths::removableRoots(services.volumes, mountPoint));
     if (services.progressWindow) window = services.progressWindow();
     const DriveSession session(*guard);
     if (const auto root = drive->files().attributesFollowing(mountPoint))
@@ -79,12 +80,6 @@ VTSyncController::Parts::Parts(const std::string& mountPoint, const std::string&
 
 VTSyncController::Parts::~Parts() {
     services.process->removeServedRoot(this);
-}
-
-SyncPaths VTSyncController::Parts::makePaths() const {
-    SyncPaths made(guard->mountPoint(), deviceUUIDString, hostUserId, services.system);
-    made.setVolumeRoots(SyncPaths::removableRoots(services.volumes, guard->mountPoint()));
-    return made;
 }
 
 ConfigurationServices VTSyncController::Parts::configurationServices() {

@@ -87,7 +87,6 @@ struct VTSyncController::Parts : public TaskWork, public std::enable_shared_from
     [[nodiscard]] FileSystemFacts::Services factServices();
     [[nodiscard]] SyncPass::Services passServices();
     [[nodiscard]] std::shared_ptr<VTConfigurationFile> openConfiguration(int syncType);
-    [[nodiscard]] SyncPaths makePaths() const;
     [[nodiscard]] std::optional<int> connectionStatus();
 };
 

@@ -14,6 +14,11 @@
 
 namespace vt {
 
+namespace {
+// An item that is not looked at at all: it lies on the very drive that it would be copied to.
+constexpr ComputerSnapshot::Index ownDrive = ComputerSnapshot::none - 1;
+} // namespace
+
 SyncPass::SyncPass(Services services) : _services(std::move(services)) {}
 
 void SyncPass::threadDoSync(const std::optional<std::vector<std::string>>& paths) {
@@ -112,16 +117,30 @@ std::vector<ChosenItem> SyncPass::thoseThatAnswer(std::vector<ChosenItem> items)
     return items;
 }
 
+std::optional<std::vector<std::uint32_t>> SyncPass::look(ComputerSnapshot& snapshot,
+                                                         const std::vector<ChosenItem>& items) {
+    // A volume may come or go while the tree is walked: what was one before or after has its own place on the drive.
+    std::vector<std::string> volumeRoots = SyncPaths::removableRoots(_services.volumes, _services.paths.target());
+    std::vector<std::uint32_t> roots;
+    for (const ChosenItem& item : items) {
+        const std::string local = _services.paths.local(item.path);
+        roots.push_back(liesOnOwnDrive(local) ? ownDrive : snapshot.add(local));
+    }
+    for (std::string& root : SyncPaths::removableRoots(_services.volumes, _services.paths.target()))
+        if (std::find(volumeRoots.begin(), volumeRoots.end(), root) == volumeRoots.end())
+            volumeRoots.push_back(std::move(root));
+    _services.paths.setVolumeRoots(std::move(volumeRoots));
+    return snapshot.truncated() ? std::nullopt : std::optional(std::move(roots));
+}
+
 bool SyncPass::compareItems(const std::vector<ChosenItem>& items) {
+    ComputerSnapshot snapshot(_services.files, _services.tools.closed(), [this] { return _services.cancel.pending(); });
+    const auto roots = look(snapshot, items);
     _finalPaths.clear();
     for (const ChosenItem& item : items) _finalPaths.push_back(_services.paths.drive(item.path));
     const CopyDoubts doubts(_services.tools.journal().beginPass(_finalPaths));
-
-    ComputerSnapshot snapshot(_services.files, _services.tools.closed(), [this] { return _services.cancel.pending(); });
-    std::vector<std::uint32_t> roots;
-    for (const ChosenItem& item : items) roots.push_back(snapshot.add(_services.paths.local(item.path)));
-    if (snapshot.truncated()) return false;
-    determineTotalSync(snapshot, roots);
+    if (!roots) return false;
+    determineTotalSync(snapshot, *roots);
     if (!_bDoingContinuousSync) _services.log.mainThreadUpdateProgressDialog(true, 0);
 
     const DestinationCapabilities& drive = _services.tools.capabilities();
@@ -135,12 +154,12 @@ bool SyncPass::compareItems(const std::vector<ChosenItem>& items) {
     for (std::size_t i = 0; i < items.size(); ++i) {
         const std::string local = _services.paths.local(items[i].path);
         _services.log.logLine("Processing \"%@\".", paths::displayText(paths::lastComponent(local)));
-        if (liesOnOwnDrive(local)) {
+        if (roots->at(i) == ownDrive) {
             _services.log.logLine("\"%@\" lies on its own drive and is left out.", paths::displayText(local));
             continue;
         }
         owed.beginItem(items[i].item);
-        if (!comparison.syncThreadSyncItem(items[i].path, roots[i])) {
+        if (!comparison.syncThreadSyncItem(items[i].path, roots->at(i))) {
             _services.log.logLine("The synchronization stopped at \"%@\".", paths::displayText(local));
             return false;
         }
@@ -153,7 +172,7 @@ bool SyncPass::compareItems(const std::vector<ChosenItem>& items) {
 void SyncPass::determineTotalSync(const ComputerSnapshot& snapshot, const std::vector<std::uint32_t>& roots) {
     std::uint64_t total = 0;
     for (const std::uint32_t root : roots)
-        if (root != ComputerSnapshot::none) total += snapshot.estimate(root);
+        if (root != ComputerSnapshot::none && root != ownDrive) total += snapshot.estimate(root);
     _services.progress.setTotalSync(total);
     systemLog(formatText("Initial Progress Dictionary: %@", {Value(_services.progress.getCurrentProgressDict())}));
 }

@@ -43,7 +43,7 @@ class SyncPass {
         const Clock& clock;
         const DriveRoot& drive;
         VTConfigurationFile& configuration;
-        const SyncPaths& paths;
+        SyncPaths& paths;
         StagingTools& tools;
         DeletionMarkers& markers;
         LastSyncTime& lastSyncTime;
@@ -86,6 +86,8 @@ class SyncPass {
     bool syncThreadSyncItems(const std::optional<std::vector<std::string>>& paths);
     [[nodiscard]] std::vector<ChosenItem> thoseThatAnswer(std::vector<ChosenItem> items);
     bool compareItems(const std::vector<ChosenItem>& items);
+    // Takes the computer's side, all of it or nothing. Of each item its place in the snapshot; null: a cancel came.
+    std::optional<std::vector<std::uint32_t>> look(ComputerSnapshot& snapshot, const std::vector<ChosenItem>& items);
     bool processScanResults();
     void syncThreadFinishSync();
     void settle();

@@ -44,7 +44,8 @@ std::string SyncPaths::segment(const std::string& item) const {
         components.front() = _userName + "_" + _machineName;
         return paths::joinComponents(components);
     }
-    std::string form = volumesForm(item, _volumeRoots);
+    const auto roots = _volumeRoots.load();
+    std::string form = roots ? volumesForm(item, *roots) : item;
     if (form.starts_with("/Volumes/")) {
         auto components = paths::components(form);
         if (components.size() < 3) return form;

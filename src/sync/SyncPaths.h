@@ -1,12 +1,15 @@
-// The paths that a sync uses, formed from the drive's mount point, the user and the computer. Thread: any; nothing is
-// kept that changes. Units: absolute raw-byte paths; sync items as in the sync list.
+// The paths that a sync uses, formed from the drive's mount point, the user and the computer. Thread: any; the roots of
+// removable volumes are one value that a pass replaces as a whole. Units: absolute raw-byte paths; sync items as in the
+// sync list.
 #pragma once
 
 #include "base/Paths.h"
 #include "platform/SystemIdentity.h"
 #include "platform/VolumeService.h"
 
+#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,7 +34,10 @@ class SyncPaths {
     [[nodiscard]] static std::string volumesForm(const std::string& item, const std::vector<std::string>& volumeRoots);
     // The roots of removable volumes at this moment, folder drives and the drive itself left out.
     [[nodiscard]] static std::vector<std::string> removableRoots(VolumeService& volumes, const std::string& drive);
-    void setVolumeRoots(std::vector<std::string> roots) { _volumeRoots = std::move(roots); } // once, at creation
+    // The roots that hold from here on. Volumes come and go: set when the drive is met and anew by each pass.
+    void setVolumeRoots(std::vector<std::string> roots) {
+        _volumeRoots.store(std::make_shared<const std::vector<std::string>>(std::move(roots)));
+    }
     [[nodiscard]] const HomePaths& home() const { return _home; }
 
   private:
@@ -42,7 +48,7 @@ class SyncPaths {
     std::string _machineName;
     std::uint32_t _userId;
     HomePaths _home;
-    std::vector<std::string> _volumeRoots;
+    std::atomic<std::shared_ptr<const std::vector<std::string>>> _volumeRoots{}; // null: none
 };
 
 } // namespace vt

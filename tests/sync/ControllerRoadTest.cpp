@@ -197,10 +197,13 @@ TEST(ControllerRoad, anInnerItemBeforeItsOuterOneDoesNoHarmEither) {
 
 TEST(ControllerRoad, anItemOnItsOwnDriveIsLeftOut) {
     SyncWorld world({"/media/stick/Photos", "~/Music"});
+    buildTree(world.files, world.files, "/media/stick", {file("Photos/p.jpg", "p", at(-10))});
     world.computer({file("Music/a.mp3", "a", at(-10))});
     world.sync();
     EXPECT_TRUE(world.host.has("\"/media/stick/Photos\" lies on its own drive and is left out."));
     EXPECT_EQ(world.copiesTree(), (Tree{"Music/", "Music/a.mp3"}));
+    for (const std::string& call : world.disk.faults().log()) EXPECT_NE(call, "list /media/stick/Photos");
+    EXPECT_EQ(world.figure("syncSize"), 512);
 }
 
 TEST(ControllerRoad, noWalkEntersTheRootOfAnotherServedDrive) {

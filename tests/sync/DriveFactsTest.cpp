@@ -33,6 +33,30 @@ TEST(DriveFacts, anUnknownFileSystemHasANameAllTheSame) {
     EXPECT_FALSE(controller->isValidFileSystem());
 }
 
+TEST(DriveFacts, aVolumeThatIsPluggedLaterHasItsOwnPlaceOnTheDrive) {
+    SyncWorld world({"/media/ada/Photos/2008"});
+    EXPECT_EQ(world.controller->pathSegmentFromSyncItem("/media/ada/Photos/2008"), "/media/ada/Photos/2008");
+    world.mountDrive("/media/ada/Photos", "disk9s1");
+    buildTree(world.files, world.files, "/media/ada/Photos", {file("2008/a.jpg", "a", at(-10))});
+    world.sync();
+    EXPECT_TRUE(world.succeeded());
+    EXPECT_EQ(world.read("/media/stick/Photos_Workbench/2008/a.jpg"), "a");
+    EXPECT_FALSE(world.exists("/media/stick/media"));
+    EXPECT_EQ(world.controller->pathSegmentFromSyncItem("/media/ada/Photos/2008"), "/Photos_Workbench/2008");
+}
+
+// Unplugged while the tree is walked: what was seen of it still belongs to the volume.
+TEST(DriveFacts, aVolumeThatGoesDuringAPassKeepsItsPlace) {
+    SyncWorld world({"/media/ada/Photos/2008"});
+    world.mountDrive("/media/ada/Photos", "disk9s1");
+    buildTree(world.files, world.files, "/media/ada/Photos", {file("2008/a.jpg", "a", at(-10))});
+    world.disk.faults().before("list", "/media/ada/Photos/2008",
+                               [&](const std::string&) { world.volumes.unmountKey("disk9s1"); });
+    world.sync();
+    EXPECT_EQ(world.read("/media/stick/Photos_Workbench/2008/a.jpg"), "a");
+    EXPECT_FALSE(world.exists("/media/stick/media"));
+}
+
 TEST(DriveFacts, theFilterAnswersForSingleItems) {
     SyncWorld world;
     world.computer({file("Music/a.mp3", "a", at(-10)), file("Music/b.exe", "b", at(-10))});

@@ -145,6 +145,47 @@ TEST(OwedPass, aCommitThatLeavesSomethingBehindPutsTheOldTimeBack) {
     EXPECT_EQ(world.read(copied), "two");
 }
 
+// Of its two files the older one is left out, so its newest date is the drive's from then on.
+struct IncompletePackage : OwedWorld {
+    static constexpr const char* older = "/media/stick/ada_Workbench/Music/a.pages/older";
+    void begin() {
+        computer({file("Music/a.pages/older", "1", at(-10)), file("Music/a.pages/newer", "2", at(-9))});
+        onDrive({folder("Music")});
+        disk.faults().fail("copyFile", "/home/ada/Music/a.pages/older", EIO);
+        sync();
+        ASSERT_EQ(read("/media/stick/ada_Workbench/Music/a.pages/newer"), "2");
+        ASSERT_FALSE(exists(older));
+        clock.setNow(at(10));
+    }
+};
+
+TEST(OwedPass, aPackageThatWasLeftIncompleteIsCompleted) {
+    IncompletePackage world;
+    world.begin();
+    world.disk.faults().clear();
+    world.sync();
+    EXPECT_EQ(world.read(IncompletePackage::older), "1");
+    EXPECT_FALSE(world.record().owes("/home/ada/Music/a.pages"));
+    EXPECT_FALSE(world.exists("/media/stick/Archived Vantaro Backups"));
+    world.clock.setNow(at(20));
+    world.disk.faults().clearLog();
+    world.sync();
+    for (const std::string& call : world.disk.faults().log()) EXPECT_FALSE(call.starts_with("copy")) << call;
+}
+
+TEST(OwedPass, aPackageThatStaysIncompleteIsTriedAgainWithoutAnArchiveOfItself) {
+    IncompletePackage world;
+    world.begin();
+    for (int i = 1; i < 3; ++i) {
+        world.clock.setNow(at(10 * i));
+        world.sync();
+        EXPECT_TRUE(world.succeeded());
+        EXPECT_TRUE(world.record().owes("/home/ada/Music/a.pages"));
+        EXPECT_EQ(world.read("/media/stick/ada_Workbench/Music/a.pages/newer"), "2");
+        EXPECT_FALSE(world.exists("/media/stick/Archived Vantaro Backups"));
+    }
+}
+
 TEST(OwedPass, aRecordThatCannotBeWrittenStampsNothing) {
     OwedWorld world;
     world.computer({file("Music/a.mp3", "a", at(-10))});

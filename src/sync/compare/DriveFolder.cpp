@@ -28,7 +28,7 @@ DriveFolder::DriveFolder(FileService& files, std::string path, NameRule rule)
     std::sort(_byKey.begin(), _byKey.end());
 }
 
-std::size_t DriveFolder::positionOf(std::string_view name) const {
+std::size_t DriveFolder::positionOf(std::string_view name) {
     const auto exact = std::lower_bound(_byName.begin(), _byName.end(), name,
                                         [this](auto i, std::string_view wanted) { return _entries[i].name < wanted; });
     if (exact != _byName.end() && _entries[*exact].name == name) return *exact;
@@ -42,14 +42,20 @@ std::size_t DriveFolder::positionOf(std::string_view name) const {
 }
 
 // Letters that our own rule does not know: the drive's answer to the name itself decides.
-std::size_t DriveFolder::askTheDrive(std::string_view name) const {
-    if (std::all_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+std::size_t DriveFolder::askTheDrive(std::string_view name) {
+    if (_entries.empty() || std::all_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
         return notThere;
     const auto attributes = _files.attributes(paths::join(_path, name));
     if (!attributes) return notThere;
-    for (std::size_t i = 0; i < _entries.size(); ++i)
-        if (_entries[i].attributes.inode == attributes->inode && _entries[i].attributes.device == attributes->device)
-            return i;
+    if (_byInode.empty()) {
+        _byInode.resize(_entries.size());
+        std::iota(_byInode.begin(), _byInode.end(), 0U);
+        std::sort(_byInode.begin(), _byInode.end(), [this](auto a, auto b) { return inodeOf(a) < inodeOf(b); });
+    }
+    auto alike = std::lower_bound(_byInode.begin(), _byInode.end(), attributes->inode,
+                                  [this](auto i, std::uint64_t wanted) { return inodeOf(i) < wanted; });
+    for (; alike != _byInode.end() && inodeOf(*alike) == attributes->inode; ++alike)
+        if (_entries[*alike].attributes.device == attributes->device) return *alike;
     return notThere;
 }
 

@@ -29,8 +29,9 @@ class DriveFolder {
     }
 
   private:
-    [[nodiscard]] std::size_t positionOf(std::string_view name) const;
-    [[nodiscard]] std::size_t askTheDrive(std::string_view name) const;
+    [[nodiscard]] std::size_t positionOf(std::string_view name);
+    [[nodiscard]] std::size_t askTheDrive(std::string_view name);
+    [[nodiscard]] std::uint64_t inodeOf(std::uint32_t position) const { return _entries[position].attributes.inode; }
 
     FileService& _files;
     std::string _path;
@@ -40,6 +41,7 @@ class DriveFolder {
     std::vector<bool> _found;
     std::vector<std::uint32_t> _byName;                        // positions, sorted by name
     std::vector<std::pair<std::string, std::uint32_t>> _byKey; // sorted; only where the drive does not tell case apart
+    std::vector<std::uint32_t> _byInode;                       // the same; sorted with the first question to the drive
 };
 
 } // namespace vt

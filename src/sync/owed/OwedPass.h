@@ -1,6 +1,6 @@
 // Finds the files that the dates on both sides would call present although the drive never got their newest content:
-// edits made during the last sync, copies that failed, items that were off the list for a while. Only ever asks for a
-// copy to the drive. Thread: the drive's worker. Owns: nothing.
+// edits made during the last sync, copies that failed, packages of which something was left out, items that were off
+// the list for a while. Only ever asks for a copy to the drive. Thread: the drive's worker. Owns: nothing.
 #pragma once
 
 #include "base/Date.h"

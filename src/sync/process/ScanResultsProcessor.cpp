@@ -49,6 +49,11 @@ void ScanResultsProcessor::carryOut(const ScanEntry& entry, bool& result) {
     }
 }
 
+// The drive has this very version of the package, but not all of it.
+bool ScanResultsProcessor::completesPackage(const ScanEntry& entry) {
+    return entry.package && entry.pushkeyFileModDate && entry.pushkeyFileModDate == entry.localFileModDate;
+}
+
 void ScanResultsProcessor::copyToDrive(const ScanEntry& entry, bool& result) {
     if (entry.syncEntryType == entrytype::replacesMarker && entry.trueDelete)
         _services.files.remove(*entry.trueDelete, {}).ignore();
@@ -61,6 +66,9 @@ void ScanResultsProcessor::copyToDrive(const ScanEntry& entry, bool& result) {
                                              now ? &*now : nullptr);
     if (!result && _services.tally.leftOut.size() == failedBefore)
         _services.tally.fail(entry.localPath, OwedReason::failed);
+    // A second copy that is no more complete than the first would only fill the archive with copies of itself.
+    if (result && completesPackage(entry) && _services.tally.leftOut.contains(entry.localPath))
+        _services.files.remove(entry.pushkeyPath, {}).ignore();
 }
 
 // The drive's copy is the newer one: it goes, and the next sync puts the computer's there.

@@ -50,6 +50,7 @@ class ScanResultsProcessor {
   private:
     [[nodiscard]] std::vector<const ScanEntry*> inOrder(const ScanResults& results) const;
     void carryOut(const ScanEntry& entry, bool& result);
+    [[nodiscard]] static bool completesPackage(const ScanEntry& entry);
     void copyToDrive(const ScanEntry& entry, bool& result);
     void removeNewer(const ScanEntry& entry, bool& result);
     void removeItem(const ScanEntry& entry, bool& result);
