@@ -59,9 +59,12 @@ Value::Dictionary mergeConfiguration(const Value::Dictionary& base, const Value:
                                      const Value::Dictionary& theirs) {
     Value::Dictionary result = mergeDictionaries(base, mine, theirs);
     const auto* own = arrayForKey(mine, configkeys::syncUserList);
+    const auto* before = arrayForKey(base, configkeys::syncUserList);
     const auto* other = arrayForKey(theirs, configkeys::syncUserList);
-    if (own != nullptr && other != nullptr)
-        result[configkeys::syncUserList] = mergeUsers(arrayForKey(base, configkeys::syncUserList), *own, *other);
+    // A list that has gone from the file comes back with the places only that this instance itself has changed.
+    const bool changed = own != nullptr && (before == nullptr || *before != *own);
+    if (own != nullptr && (other != nullptr || changed))
+        result[configkeys::syncUserList] = mergeUsers(before, *own, other != nullptr ? *other : Value::Array());
     return result;
 }
 

@@ -13,7 +13,8 @@ namespace vt {
 namespace {
 
 constexpr std::uint32_t sharedMode = 0666; // every user of every computer can rewrite it
-constexpr int lockPatience = 1000;         // milliseconds
+constexpr std::uint64_t largestFile = 16ULL * 1024 * 1024;
+constexpr int lockPatience = 1000; // milliseconds
 
 using Kind = ConfigurationContent::Kind;
 
@@ -96,7 +97,7 @@ std::optional<ConfigurationStore::Snapshot> ConfigurationStore::snapshot(std::op
                                      {localised("There is no configuration dictionary.")}));
         return std::nullopt;
     }
-    return Snapshot{*_state.syncConfigDictionary, _state.asRead, _state.hasOldSyncFormat};
+    return Snapshot{*_state.syncConfigDictionary, _state.asRead};
 }
 
 bool ConfigurationStore::write(std::optional<std::uint64_t> removals) {
@@ -112,25 +113,28 @@ bool ConfigurationStore::write(std::optional<std::uint64_t> removals) {
     unread.drop();
     const Value::Dictionary root =
         there.kind == Kind::current ? mergeConfiguration(own->asRead, own->mine, there.dictionary) : own->mine;
-    if (!replaceFile(root, there, own->replacesOldFormat, lines)) return false;
+    if (!replaceFile(root, there, lines)) return false;
     adopt(root, own->mine);
     return true;
 }
 
 bool ConfigurationStore::replaceFile(const Value::Dictionary& root, const ConfigurationContent& there,
-                                     bool replacesOldFormat, ConfigurationLog& log) {
+                                     ConfigurationLog& log) {
     const auto xml = _services.propertyLists.xml(Value(root));
     if (!xml) {
         log.logMessage(
             localisedText("Unable to convert configuration dictionary to XML format. %@", {xml.error().text}));
         return false;
     }
-    const bool foreignOld = there.kind == Kind::oldFormat && !replacesOldFormat;
-    const bool foreign = there.existsUnloaded() || foreignOld;
-    const auto kept = foreign ? setAside(log) : std::nullopt;
+    // Of the old format a copy is kept, since the file itself must not be missing for a moment: it holds a list.
+    const bool old = there.kind == Kind::oldFormat;
+    const auto kept = old ? keepOldFormat(log) : there.existsUnloaded() ? setAside(log) : std::nullopt;
     if (there.kind == Kind::folder || !_services.contents.writeAtomically(_configPath, *xml, sharedMode)) {
         // A failed write leaves the previous file in its place.
-        if (kept) _services.files.move(*kept, _configPath, Replace::never).ignore();
+        if (kept && old)
+            _services.files.remove(*kept, {}).ignore();
+        else if (kept)
+            _services.files.move(*kept, _configPath, Replace::never).ignore();
         log.logMessage(localisedText("Unable to write configuration file to \"%@\".", {_configPath}));
         return false;
     }
@@ -148,7 +152,19 @@ bool ConfigurationStore::replaceFile(const Value::Dictionary& root, const Config
 
 std::optional<std::string> ConfigurationStore::setAside(ConfigurationLog& log) {
     if (!_services.keepAside) return std::nullopt;
-    auto kept = keepAside(_services.files, _mountPoint, configkeys::fileName, _services.clock.now());
+    return keptOrSaid(keepAside(_services.files, _mountPoint, configkeys::fileName, _services.clock.now()), log);
+}
+
+std::optional<std::string> ConfigurationStore::keepOldFormat(ConfigurationLog& log) {
+    if (!_services.keepAside) return std::nullopt;
+    const auto bytes = _services.contents.read(_configPath, largestFile);
+    if (!bytes) return keptOrSaid(bytes.error(), log);
+    return keptOrSaid(keepCopyAside(_services.files, _services.contents, _mountPoint, configkeys::fileName, *bytes,
+                                    _services.clock.now()),
+                      log);
+}
+
+std::optional<std::string> ConfigurationStore::keptOrSaid(Result<std::string> kept, ConfigurationLog& log) {
     if (kept) return std::move(*kept);
     if (kept.code() != ENOENT)
         log.logMessage(localisedText("The configuration file could not be kept: %@.", {kept.error().describe()}));

@@ -59,13 +59,14 @@ class ConfigurationStore {
     struct Snapshot {
         Value::Dictionary mine;
         Value::Dictionary asRead;
-        bool replacesOldFormat = false;
     };
     [[nodiscard]] std::optional<Snapshot> snapshot(std::optional<std::uint64_t> removals, ConfigurationLog& log);
     [[nodiscard]] bool replaceFile(const Value::Dictionary& root, const ConfigurationContent& there,
-                                   bool replacesOldFormat, ConfigurationLog& log);
+                                   ConfigurationLog& log);
     // Where to; null when there was nothing or it could not be kept.
     std::optional<std::string> setAside(ConfigurationLog& log);
+    std::optional<std::string> keepOldFormat(ConfigurationLog& log); // a copy
+    static std::optional<std::string> keptOrSaid(Result<std::string> kept, ConfigurationLog& log);
     void adopt(const Value::Dictionary& written, const Value::Dictionary& mine);
 
     ConfigurationServices _services;

@@ -32,6 +32,33 @@ const Value::Array* listOfUser(const Value::Dictionary& root, const std::string&
     return entry != nullptr ? arrayForKey(*entry, configkeys::itemsToSync) : nullptr;
 }
 
+// The user's list in memory, or without one the user's entry gone; nothing where a removal has come in between.
+void putList(ConfigurationStore& store, const List& list, std::uint64_t removals) {
+    const std::string user = store.user();
+    const std::string machineName = paths::displayText(stringWithMachineName(store.services().system));
+    ConfigurationLog lines = store.log();
+    const auto guard = store.lock();
+    auto& state = store.state();
+    if (state.removals != removals) return;
+    if (list && !list->empty() && state.syncType == 0) state.syncType = VTConfigurationFile::ptop;
+    if (list && !state.syncConfigDictionary) store.createInternalConfig();
+    if (state.syncType != VTConfigurationFile::ptop && state.syncType != VTConfigurationFile::ctoc) {
+        lines.debugMessage(formatText("setSyncItemList: syncType not matched = %d", {state.syncType}));
+    } else if (state.syncConfigDictionary && state.syncType == VTConfigurationFile::ctoc) {
+        (*state.syncConfigDictionary)[configkeys::itemsToSync] = list ? arrayOfStrings(*list) : Value::Array();
+    } else if (state.syncConfigDictionary) {
+        auto& entries = dictionaryIn(*state.syncConfigDictionary, configkeys::ptopList);
+        if (!list) {
+            entries.erase(user);
+            return;
+        }
+        const bool isNew = dictionaryForKey(entries, user) == nullptr;
+        auto& entry = dictionaryIn(entries, user);
+        if (isNew) entry[configkeys::syncPath] = machineName;
+        entry[configkeys::itemsToSync] = arrayOfStrings(*list);
+    }
+}
+
 } // namespace
 
 void VTConfigurationFile::sayRefused(const std::vector<std::string>& items) const {
@@ -77,46 +104,29 @@ List VTConfigurationFile::oldSyncItemList() const {
 }
 
 bool VTConfigurationFile::setSyncItemList(const List& list) {
-    if (!list) return storeList(std::nullopt);
-    auto items = normaliseSyncItems(*list, HomePaths(_store->services().system.home()));
-    sayRefused(items.refused);
+    List stored;
+    if (list) {
+        auto items = normaliseSyncItems(*list, HomePaths(_store->services().system.home()));
+        sayRefused(items.refused);
+        stored = std::move(items.items);
+    }
     bool loaded = false;
+    std::uint64_t removals = 0;
     {
         const auto guard = _store->lock();
         loaded = _store->state().hasSyncConfiguration;
+        removals = _store->state().removals;
     }
-    if (!loaded) initializeConfigurationFile();
-    return storeList(std::move(items.items));
-}
-
-bool VTConfigurationFile::storeList(const List& list) {
-    const std::string user = _store->user();
-    const std::string machineName = paths::displayText(stringWithMachineName(_store->services().system));
-    std::uint64_t removals = 0;
-    {
-        ConfigurationLog lines(_store->logSink(), _store->debugLog());
-        const auto guard = _store->lock();
-        auto& state = _store->state();
-        if (list && !list->empty() && state.syncType == 0) state.syncType = ptop;
-        if (list && !state.syncConfigDictionary) createInternalConfig();
-        removals = state.removals;
-        if (state.syncType != ptop && state.syncType != ctoc) {
-            lines.debugMessage(formatText("setSyncItemList: syncType not matched = %d", {state.syncType}));
-        } else if (state.syncConfigDictionary && state.syncType == ctoc) {
-            (*state.syncConfigDictionary)[configkeys::itemsToSync] = list ? arrayOfStrings(*list) : Value::Array();
-        } else if (state.syncConfigDictionary) {
-            auto& entries = dictionaryIn(*state.syncConfigDictionary, configkeys::ptopList);
-            if (!list) {
-                entries.erase(user);
-            } else {
-                const bool isNew = dictionaryForKey(entries, user) == nullptr;
-                auto& entry = dictionaryIn(entries, user);
-                if (isNew) entry[configkeys::syncPath] = machineName;
-                entry[configkeys::itemsToSync] = arrayOfStrings(*list);
-            }
-        }
+    if (!list || loaded) {
+        putList(*_store, stored, removals);
+        return save(removals);
     }
-    return save(removals);
+    // Reading the file is left to where it is written: the drive may keep its reader waiting.
+    return _runWrite([store = _store, stored, removals] {
+        store->load();
+        putList(*store, stored, removals);
+        return store->write(removals);
+    });
 }
 
 bool VTConfigurationFile::addUserToList() {

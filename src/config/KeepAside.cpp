@@ -6,10 +6,12 @@
 #include <array>
 #include <cerrno>
 #include <ctime>
+#include <functional>
 
 namespace vt {
 namespace {
 
+constexpr std::uint32_t keptFileMode = 0666;
 constexpr std::uint32_t folderMode = 0777; // every user of every computer keeps things aside here
 constexpr int mostSuffixes = 10'000;
 constexpr std::size_t longestName = 255; // bytes
@@ -49,22 +51,35 @@ std::string withSuffix(const std::string& path, const std::string& suffix, bool 
     return paths::join(paths::parent(path), name + suffix);
 }
 
-Result<std::string> moveToFreeName(FileService& files, const std::string& from, const std::string& path,
-                                   const std::string& suffix) {
+// Puts something at a path where nothing is; EEXIST when something is.
+using Place = std::function<Result<void>(const std::string& to)>;
+
+Result<std::string> placeAtFreeName(const Place& place, const std::string& path, const std::string& suffix) {
     bool cutShort = false;
     for (int n = 0; n < mostSuffixes; ++n) {
         const std::string ending = n == 0 ? suffix : suffix + " -" + std::to_string(n);
         std::string to = withSuffix(path, ending, cutShort);
-        const auto moved = files.move(from, to, Replace::never);
-        if (moved) return to;
-        if (moved.code() == ENAMETOOLONG && !cutShort) {
+        const auto placed = place(to);
+        if (placed) return to;
+        if (placed.code() == ENAMETOOLONG && !cutShort) {
             cutShort = true;
             --n;
-        } else if (moved.code() != EEXIST) {
-            return moved.error();
+        } else if (placed.code() != EEXIST) {
+            return placed.error();
         }
     }
     return Error::fromErrno(EEXIST, path);
+}
+
+Result<std::string> keepBy(const Place& place, FileService& files, const std::string& mountPoint,
+                           const std::string& pathOnDrive, Date now) {
+    const std::string day = localDay(now);
+    const std::string archived = paths::join(paths::join("Archived Vantaro Backups", day), pathOnDrive);
+    if (makeFolders(files, mountPoint, paths::parent(archived))) {
+        auto placed = placeAtFreeName(place, paths::join(mountPoint, archived), "");
+        if (placed) return placed;
+    }
+    return placeAtFreeName(place, paths::join(mountPoint, pathOnDrive), " (kept " + day + ")");
 }
 
 } // namespace
@@ -78,13 +93,14 @@ Result<std::string> keepAsideFrom(FileService& files, const std::string& mountPo
                                   const std::string& pathOnDrive, Date now) {
     const auto item = files.attributes(from);
     if (!item) return item.error();
-    const std::string day = localDay(now);
-    const std::string archived = paths::join(paths::join("Archived Vantaro Backups", day), pathOnDrive);
-    if (makeFolders(files, mountPoint, paths::parent(archived))) {
-        auto moved = moveToFreeName(files, from, paths::join(mountPoint, archived), "");
-        if (moved) return moved;
-    }
-    return moveToFreeName(files, from, paths::join(mountPoint, pathOnDrive), " (kept " + day + ")");
+    const auto place = [&](const std::string& to) { return files.move(from, to, Replace::never); };
+    return keepBy(place, files, mountPoint, pathOnDrive, now);
+}
+
+Result<std::string> keepCopyAside(FileService& files, FileContents& contents, const std::string& mountPoint,
+                                  const std::string& pathOnDrive, std::string_view bytes, Date now) {
+    const auto place = [&](const std::string& to) { return contents.create(to, bytes, keptFileMode); };
+    return keepBy(place, files, mountPoint, pathOnDrive, now);
 }
 
 } // namespace vt

@@ -40,8 +40,12 @@ bool VTConfigurationFile::writeConfigFile() {
     return _store->write(std::nullopt);
 }
 
-bool VTConfigurationFile::save(std::uint64_t removals) {
-    return _runWrite([store = _store, removals] { return store->write(removals); });
+bool VTConfigurationFile::save(std::uint64_t removals, std::function<void()> written) {
+    return _runWrite([store = _store, removals, then = std::move(written)] {
+        const bool done = store->write(removals);
+        if (done && then) then();
+        return done;
+    });
 }
 
 bool VTConfigurationFile::hasSyncConfiguration() const {
@@ -84,14 +88,13 @@ bool VTConfigurationFile::convertOldSync() {
         state.syncConfigDictionary = std::move(root);
         removals = state.removals;
     }
-    const bool written = save(removals);
+    save(removals, [store = _store] {
+        const auto guard = store->lock();
+        store->state().hasSyncConfiguration = true;
+        store->state().hasOldSyncFormat = false;
+    });
     const auto guard = _store->lock();
-    auto& state = _store->state();
-    if (written) {
-        state.hasSyncConfiguration = true;
-        state.hasOldSyncFormat = false;
-    }
-    return state.hasSyncConfiguration;
+    return _store->state().hasSyncConfiguration;
 }
 
 bool VTConfigurationFile::createDefaultSyncSet() {
@@ -107,11 +110,15 @@ bool VTConfigurationFile::createDefaultSyncSet() {
         const auto guard = _store->lock();
         removals = _store->state().removals;
     }
-    const bool written = !list.empty() && (setSyncItemList(list), save(removals));
+    if (!list.empty()) {
+        setSyncItemList(list);
+        save(removals, [store = _store] {
+            const auto guard = store->lock();
+            store->state().hasSyncConfiguration = true;
+        });
+    }
     const auto guard = _store->lock();
-    auto& state = _store->state();
-    if (written) state.hasSyncConfiguration = true;
-    return state.hasSyncConfiguration;
+    return _store->state().hasSyncConfiguration;
 }
 
 std::string VTConfigurationFile::syncTargetPath() const {

@@ -31,7 +31,7 @@ class VTConfigurationFile {
     VTConfigurationFile(std::string mountPoint, int syncType, const ConfigurationServices& services);
     ~VTConfigurationFile();
 
-    // Where a write runs that an edit asks for: the answer is that of the write, or true when it goes on without the
+    // Where a write runs that an edit asks for: the answer is that of the write, or false when it goes on without the
     // caller. Without a runner it runs at once in the caller's thread. Set before the first edit.
     using WriteRunner = std::function<bool(std::function<bool()> write)>;
     void setWriteRunner(WriteRunner runner) { _runWrite = std::move(runner); }
@@ -107,9 +107,8 @@ class VTConfigurationFile {
     [[nodiscard]] std::optional<Value::Dictionary> dictionary() const; // a copy of the current one
 
   private:
-    bool save(std::uint64_t removals);
+    bool save(std::uint64_t removals, std::function<void()> written = {}); // `written` runs after a success
     bool storeSetting(const char* key, const Value& value);
-    bool storeList(const std::optional<std::vector<std::string>>& list);
     void takeOverSharedList();
     void sayRefused(const std::vector<std::string>& items) const;
 

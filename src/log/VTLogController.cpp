@@ -3,7 +3,6 @@
 #include "base/LogSink.h"
 #include "base/Paths.h"
 #include "base/Text.h"
-#include "log/LogWindow.h"
 
 #include <array>
 #include <ctime>
@@ -67,16 +66,22 @@ std::string VTLogController::contents() const {
 }
 
 bool VTLogController::readLogFile() {
+    if (!_services.runLoop.isMainThread()) {
+        static_cast<void>(_services.runLoop.performAndWait([this] { readLogFile(); }));
+        return true;
+    }
     if (_logFile.pruneIfTooLarge()) logFileExists(true);
     auto text = _logFile.read();
     _logFile.forgetWritten();
-    if (!text) return true;
-    if (windowHoldsText()) {
-        _window->setText(*text);
-        return true;
+    std::string shown;
+    {
+        const std::scoped_lock lock(_logQueue);
+        if (text) _contentsReadFromFile = std::move(*text);
+        if (!_windowHoldsText) return true;
+        shown.swap(_contentsReadFromFile);
     }
-    const std::scoped_lock lock(_logQueue);
-    _contentsReadFromFile = std::move(*text);
+    // Empty where the file cannot be read: the window holds the log, and that is what was read.
+    _window->setText(shown);
     return true;
 }
 
@@ -141,10 +146,13 @@ bool VTLogController::loadWindow() {
     return true;
 }
 
-void VTLogController::show() {
+void VTLogController::show(std::optional<LogWindow::Identifier> behind) {
     if (!loadWindow()) return;
     _window->setTitle(_windowTitle);
-    _window->show();
+    if (behind)
+        _window->orderBehind(*behind);
+    else
+        _window->show();
 }
 
 void VTLogController::hide() {

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "log/LogFile.h"
+#include "log/LogWindow.h"
 #include "platform/AlertPanel.h"
 #include "platform/Clock.h"
 #include "platform/FileService.h"
@@ -16,12 +17,11 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace vt {
-
-class LogWindow;
 
 class VTLogController {
   public:
@@ -53,7 +53,8 @@ class VTLogController {
     bool logFileExists(bool create);
     void openLogFile();
 
-    void show();
+    // Loads the window first where that has not happened; just behind another window, or in front of all and active.
+    void show(std::optional<LogWindow::Identifier> behind = std::nullopt);
     void hide();
     [[nodiscard]] bool isLogWindowVisible() const;
     void clearLog();

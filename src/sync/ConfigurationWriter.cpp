@@ -11,16 +11,21 @@ namespace vt {
 namespace {
 constexpr std::chrono::milliseconds shortWait{20};
 constexpr std::chrono::milliseconds longestWait{2000};
+constexpr std::size_t stackBytes = 512UL * 1024;
 } // namespace
 
 bool ConfigurationWriter::write(std::function<bool()> run) {
     auto job = std::make_shared<Job>();
     job->run = std::move(run);
+    bool helped = false;
     {
         const std::scoped_lock lock(_mutex);
         _jobs.push_back(job);
-        startHelperIfNeeded();
+        helped = _helperRuns || startHelper();
+        _helperRuns = true;
     }
+    // Better a caller that waits than a setting that is lost.
+    if (!helped) work();
     const auto done = [this, &job] {
         const std::scoped_lock lock(_mutex);
         return job->done;
@@ -31,18 +36,20 @@ bool ConfigurationWriter::write(std::function<bool()> run) {
         std::unique_lock lock(_mutex);
         ended = _changed.wait_for(lock, shortWait, [&job] { return job->done; });
     }
-    if (!ended) ended = _runLoop.serveUntil(done, longestWait);
+    if (!ended) _runLoop.serveUntil(done, longestWait);
     const std::scoped_lock lock(_mutex);
-    return !ended || job->answer;
+    return job->done && job->answer;
 }
 
-void ConfigurationWriter::startHelperIfNeeded() {
-    if (_helperRuns) return;
+bool ConfigurationWriter::startHelper() {
+    auto body = [self = shared_from_this()] { self->work(); };
+    if (_threads != nullptr) return _threads->start(stackBytes, std::move(body));
     try {
-        std::thread([self = shared_from_this()] { self->work(); }).detach();
-        _helperRuns = true;
+        std::thread(std::move(body)).detach();
+        return true;
     } catch (const std::system_error& error) {
         systemLog(std::string("no thread for the drive's settings: ") + error.what());
+        return false;
     }
 }
 

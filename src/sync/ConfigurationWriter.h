@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/RunLoop.h"
+#include "platform/WorkerThreads.h"
 #include "sync/DriveGuard.h"
 
 #include <condition_variable>
@@ -16,24 +17,27 @@ namespace vt {
 
 class ConfigurationWriter : public std::enable_shared_from_this<ConfigurationWriter> {
   public:
-    ConfigurationWriter(std::shared_ptr<DriveGuard> guard, RunLoop& runLoop)
-        : _guard(std::move(guard)), _runLoop(runLoop) {}
+    // `threads` may be null: a plain thread then.
+    ConfigurationWriter(std::shared_ptr<DriveGuard> guard, RunLoop& runLoop, WorkerThreads* threads)
+        : _guard(std::move(guard)), _runLoop(runLoop), _threads(threads) {}
 
     // Runs `job` with the drive held open and waits for its end, serving the main thread's calls meanwhile. The job's
-    // answer; true when it has not ended within two seconds and goes on without the caller.
+    // answer; false when it has not ended within two seconds and goes on without the caller. Where no helper can be
+    // had, the job runs in the caller.
     bool write(std::function<bool()> job);
 
   private:
     struct Job {
         std::function<bool()> run;
         bool done = false;
-        bool answer = true;
+        bool answer = false;
     };
-    void startHelperIfNeeded();
+    [[nodiscard]] bool startHelper(); // under the lock
     void work();
 
     std::shared_ptr<DriveGuard> _guard;
     RunLoop& _runLoop;
+    WorkerThreads* _threads;
     std::mutex _mutex;
     std::condition_variable _changed;
     std::deque<std::shared_ptr<Job>> _jobs;

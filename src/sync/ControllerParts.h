@@ -51,11 +51,13 @@ struct VTSyncController::Parts : public TaskWork, public std::enable_shared_from
     SyncServices services;
     std::string deviceVendor;
     std::string hostUserId;
-    std::mutex fieldsMutex; // guards the five fields below
+    std::mutex fieldsMutex; // guards the seven fields below
     std::optional<std::string> deviceUUIDString;
     std::string serialNumber;
     std::shared_ptr<ConnectedDrive> netService;
     std::optional<std::vector<std::string>> shadowedSyncList;
+    ResolutionActions resolutionActions;
+    std::shared_ptr<const ItemTree> itemTree;
     std::unique_ptr<ProgressWindow> window;
     std::atomic<std::shared_ptr<VTFileValidator>> validator{};
 

@@ -36,6 +36,11 @@ std::string upperCase(std::string text) {
     return text;
 }
 
+std::string withoutDev(const std::string& device) {
+    constexpr std::string_view devices = "/dev/";
+    return device.starts_with(devices) ? device.substr(devices.size()) : device;
+}
+
 std::string trimmed(std::string_view text) {
     const auto first = text.find_first_not_of(" \t\r");
     if (first == std::string_view::npos) return {};
@@ -205,16 +210,30 @@ std::optional<std::uint64_t> FileSystemFacts::freeBytes() {
     return _freeBytes;
 }
 
+std::optional<std::string> FileSystemFacts::nameOfVolume(VolumeService& volumes, std::int16_t reference) {
+    const auto mounted = volumes.mountedVolumes();
+    if (reference < 1 || static_cast<std::size_t>(reference) > mounted.size()) return std::nullopt;
+    const std::string& root = mounted[static_cast<std::size_t>(reference) - 1];
+    const auto description = volumes.describe(root);
+    if (!description) return std::nullopt;
+    std::string name = textForKey(*description, diskdescription::volumeName);
+    return name.empty() ? paths::lastComponent(root) : name;
+}
+
+std::optional<std::string> FileSystemFacts::deviceOfVolume(VolumeService& volumes, std::int16_t reference) {
+    const auto mounted = volumes.mountedVolumes();
+    if (reference < 1 || static_cast<std::size_t>(reference) > mounted.size()) return std::nullopt;
+    const auto stat = volumes.statVolume(mounted[static_cast<std::size_t>(reference) - 1]);
+    if (!stat) return std::nullopt;
+    return withoutDev(stat->mountedFrom);
+}
+
 std::optional<std::string> FileSystemFacts::volumeName() const {
-    const std::string device = "/dev/" + _diskSlice;
-    for (const std::string& root : _services.volumes.mountedVolumes()) {
-        const auto stat = _services.volumes.statVolume(root);
-        if (!stat || (stat->mountedFrom != device && stat->mountedFrom != _diskSlice)) continue;
-        if (const auto description = _services.volumes.describe(root)) {
-            const std::string name = textForKey(*description, diskdescription::volumeName);
-            return name.empty() ? paths::lastComponent(root) : name;
-        }
-    }
+    const std::string slice = withoutDev(_diskSlice);
+    const auto count =
+        static_cast<std::int16_t>(std::min<std::size_t>(_services.volumes.mountedVolumes().size(), 32767));
+    for (std::int16_t reference = 1; reference <= count; ++reference)
+        if (deviceOfVolume(_services.volumes, reference) == slice) return nameOfVolume(_services.volumes, reference);
     return std::nullopt;
 }
 

@@ -46,6 +46,9 @@ class FileSystemFacts {
     void setDiskSlice(std::string slice) { _diskSlice = std::move(slice); }
     [[nodiscard]] const std::string& fileSystemType() const { return _fileSystemType; }
     void setFileSystemType(std::string type) { _fileSystemType = std::move(type); }
+    // A volume's reference is its place among the mounted volumes, from 1 on; null where there is none.
+    [[nodiscard]] static std::optional<std::string> nameOfVolume(VolumeService& volumes, std::int16_t reference);
+    [[nodiscard]] static std::optional<std::string> deviceOfVolume(VolumeService& volumes, std::int16_t reference);
     // The name of the first mounted volume whose device is the drive's.
     [[nodiscard]] std::optional<std::string> volumeName() const;
 

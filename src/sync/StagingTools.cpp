@@ -51,6 +51,18 @@ std::shared_ptr<MRLCopyErrorReporter> StagingTools::errorReporter() {
     return MRLCopyErrorReporter::create(_services.delegate, _services.drive.files(), _services.volumes);
 }
 
+void StagingTools::setErrorReporter(std::shared_ptr<MRLCopyErrorReporter> reporter) {
+    if (_copyReporter) _copyReporter->setDelegate({});
+    _copyReporter = std::move(reporter);
+    if (_copyReporter) _copyReporter->setDelegate(_services.delegate);
+}
+
+void StagingTools::setDeleteReporter(std::shared_ptr<MRLDeleteErrorReporter> reporter) {
+    if (_deleteReporter) _deleteReporter->setDelegate({});
+    _deleteReporter = std::move(reporter);
+    if (_deleteReporter) _deleteReporter->setDelegate(_services.delegate);
+}
+
 void StagingTools::clearReporters() {
     _copyReporter.reset();
     _deleteReporter.reset();

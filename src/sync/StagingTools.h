@@ -70,6 +70,9 @@ class StagingTools {
     // The copy reporter; without one a new one per call, which is not kept.
     [[nodiscard]] std::shared_ptr<MRLCopyErrorReporter> errorReporter();
     [[nodiscard]] std::shared_ptr<MRLDeleteErrorReporter> deleteReporter() const { return _deleteReporter; }
+    // A reporter that is set works for this drive's controller, the one before it for nobody any more.
+    void setErrorReporter(std::shared_ptr<MRLCopyErrorReporter> reporter);
+    void setDeleteReporter(std::shared_ptr<MRLDeleteErrorReporter> reporter);
     void clearReporters();
 
   private:

@@ -34,8 +34,11 @@ namespace vt {
 
 class FSNamesAndTags;
 class MediaServices;
+class MRLCopyErrorReporter;
+class MRLDeleteErrorReporter;
 class MRLErrorReporter;
 class ShellCommands;
+struct ItemTree;
 
 // Everything a controller needs from outside; one set serves all controllers and outlives them.
 struct SyncServices {
@@ -151,6 +154,19 @@ class VTSyncController : public ValidatorOwner, public std::enable_shared_from_t
     void updateLastSyncTime(Date date);
     [[nodiscard]] VTConfigurationFile& deviceConfiguration() const;
 
+    // The same for any user of the drive, by the unique host-user identifier.
+    [[nodiscard]] bool continuousSyncStateForUniqueHostID(const std::string& hostId) const;
+    [[nodiscard]] bool syncMoviesStateForUniqueHostID(const std::string& hostId) const;
+    [[nodiscard]] bool syncMusicStateForUniqueHostID(const std::string& hostId) const;
+    [[nodiscard]] bool syncPicturesStateForUniqueHostID(const std::string& hostId) const;
+    [[nodiscard]] bool syncDocumentsStateForUniqueHostID(const std::string& hostId) const;
+    [[nodiscard]] std::int32_t syncDeviceFilterForUniqueHostID(const std::string& hostId) const;
+    [[nodiscard]] bool participateSyncStateForUniqueHostID(const std::string& hostId) const;
+    [[nodiscard]] bool quietSyncStateForUniqueHostID(const std::string& hostId) const;
+    [[nodiscard]] bool isPreviewEnabledForUniqueHostID(const std::string& hostId) const;
+    [[nodiscard]] std::optional<Date> lastSyncTimeForUniqueHostID(const std::string& hostId) const;
+    [[nodiscard]] std::optional<std::string> computerNameForUniqueHostID(const std::string& hostId) const;
+
     // The drive.
     [[nodiscard]] std::string serialNumber() const;
     void setSerialNumber(const std::string& serial);
@@ -159,6 +175,7 @@ class VTSyncController : public ValidatorOwner, public std::enable_shared_from_t
     [[nodiscard]] const std::string& deviceMountPoint() const;
     [[nodiscard]] const std::string& deviceVendor() const;
     [[nodiscard]] std::optional<std::string> deviceUUIDString() const;
+    [[nodiscard]] bool fsIsWritable() const; // as isValidFileSystem() found it
     [[nodiscard]] bool fsIsCompatible();
     [[nodiscard]] bool fsIsNTFS();
     [[nodiscard]] bool fsLimit4G();
@@ -168,6 +185,11 @@ class VTSyncController : public ValidatorOwner, public std::enable_shared_from_t
     [[nodiscard]] std::string diskSlice() const;
     [[nodiscard]] std::string fileSystemType() const;
     [[nodiscard]] std::string volumeName() const;
+    // A volume's reference is its place among the mounted volumes, from 1 on. Null where there is none.
+    [[nodiscard]] static std::optional<std::string> getVolumeNameForvRefNum(VolumeService& volumes,
+                                                                            std::int16_t reference);
+    [[nodiscard]] static std::optional<std::string> bsdNameForVolumeRefNum(VolumeService& volumes,
+                                                                           std::int16_t reference);
 
     // The filter.
     std::shared_ptr<VTFileValidator> updateFileValidator(const ContainerValidatorList& validators);
@@ -182,8 +204,31 @@ class VTSyncController : public ValidatorOwner, public std::enable_shared_from_t
     void setProgressActivePath(const std::string* path);
     [[nodiscard]] Value::Dictionary getCurrentProgressDict(); // a copy taken at this moment
 
-    // The copy reporter; without one, after a sync, a new one per call.
+    [[nodiscard]] std::optional<std::string> currentSourcePath() const; // null: no item is being worked on
+    void setCurrentSourcePath(const std::optional<std::string>& path);
+
+    // The copy reporter; without one, after a sync, a new one per call. A reporter that is set works for this
+    // controller, the one before it for nobody any more. Worker, or while it is idle.
     [[nodiscard]] std::shared_ptr<MRLErrorReporter> errorReporter();
+    void setErrorReporter(std::shared_ptr<MRLCopyErrorReporter> reporter);
+    [[nodiscard]] std::shared_ptr<MRLDeleteErrorReporter> deleteReporter() const; // null after a sync
+    void setDeleteReporter(std::shared_ptr<MRLDeleteErrorReporter> reporter);
+
+    // Kept for controlling code; nothing in this version acts on them. 0: no default has been chosen.
+    struct ResolutionActions {
+        std::int32_t conflict = 0;
+        std::int32_t missingMac = 0;
+        std::int32_t missingDrive = 0;
+    };
+    [[nodiscard]] ResolutionActions defaultResolutionActions() const;
+    void setDefaultResolutionActions(ResolutionActions actions);
+    [[nodiscard]] std::shared_ptr<const ItemTree> itemInventory() const; // null: none
+    void setItemInventory(std::shared_ptr<const ItemTree> items);
+    struct Point {
+        double x = 0;
+        double y = 0;
+    };
+    [[nodiscard]] static Point cascadeWindowFromPoint(Point point) { return point; } // windows are never cascaded
 
     // For the tests and the end of the process: true once the worker has ended (or never started).
     [[nodiscard]] bool workerEnded() const;

@@ -3,6 +3,7 @@
 #include "sync/VTSyncController.h"
 
 #include "base/Paths.h"
+#include "sync/ItemTree.h"
 
 #include <utility>
 
@@ -86,6 +87,29 @@ VTConfigurationFile& VTSyncController::deviceConfiguration() const {
     return *_parts->configuration;
 }
 
+// Each is the configuration's reader of that user.
+#define VT_BY_HOST(Type, operation, reader)                                                                            \
+    Type VTSyncController::operation##ForUniqueHostID(const std::string& hostId) const {                               \
+        return _parts->configuration->reader##ForUniqueHostID(hostId);                                                 \
+    }
+
+VT_BY_HOST(bool, continuousSyncState, isContinuousEnabled)
+VT_BY_HOST(bool, syncMoviesState, isSyncMoviesEnabled)
+VT_BY_HOST(bool, syncMusicState, isSyncMusicEnabled)
+VT_BY_HOST(bool, syncPicturesState, isSyncPicturesEnabled)
+VT_BY_HOST(bool, syncDocumentsState, isSyncDocumentsEnabled)
+VT_BY_HOST(std::int32_t, syncDeviceFilter, getSyncDeviceFilter)
+VT_BY_HOST(bool, participateSyncState, isParticipatingEnabled)
+VT_BY_HOST(bool, quietSyncState, isQuietEnabled)
+VT_BY_HOST(std::optional<Date>, lastSyncTime, lastSyncDate)
+VT_BY_HOST(std::optional<std::string>, computerName, computerName)
+
+#undef VT_BY_HOST
+
+bool VTSyncController::isPreviewEnabledForUniqueHostID(const std::string& /*hostId*/) const {
+    return false;
+}
+
 std::string VTSyncController::serialNumber() const {
     const std::scoped_lock lock(_parts->fieldsMutex);
     return _parts->serialNumber;
@@ -113,6 +137,9 @@ std::optional<std::string> VTSyncController::deviceUUIDString() const {
     return _parts->deviceUUIDString;
 }
 
+bool VTSyncController::fsIsWritable() const {
+    return _parts->facts.fsIsWritable();
+}
 bool VTSyncController::fsIsCompatible() {
     return _parts->facts.fsIsCompatible();
 }
@@ -139,6 +166,47 @@ std::string VTSyncController::fileSystemType() const {
 }
 std::string VTSyncController::volumeName() const {
     return _parts->facts.volumeName().value_or("");
+}
+
+std::optional<std::string> VTSyncController::getVolumeNameForvRefNum(VolumeService& volumes, std::int16_t reference) {
+    return FileSystemFacts::nameOfVolume(volumes, reference);
+}
+std::optional<std::string> VTSyncController::bsdNameForVolumeRefNum(VolumeService& volumes, std::int16_t reference) {
+    return FileSystemFacts::deviceOfVolume(volumes, reference);
+}
+
+std::optional<std::string> VTSyncController::currentSourcePath() const {
+    return _parts->progress.currentSourcePath();
+}
+void VTSyncController::setCurrentSourcePath(const std::optional<std::string>& path) {
+    _parts->progress.setFileCopyPath(path ? &*path : nullptr);
+}
+
+void VTSyncController::setErrorReporter(std::shared_ptr<MRLCopyErrorReporter> reporter) {
+    _parts->tools.setErrorReporter(std::move(reporter));
+}
+std::shared_ptr<MRLDeleteErrorReporter> VTSyncController::deleteReporter() const {
+    return _parts->tools.deleteReporter();
+}
+void VTSyncController::setDeleteReporter(std::shared_ptr<MRLDeleteErrorReporter> reporter) {
+    _parts->tools.setDeleteReporter(std::move(reporter));
+}
+
+VTSyncController::ResolutionActions VTSyncController::defaultResolutionActions() const {
+    const std::scoped_lock lock(_parts->fieldsMutex);
+    return _parts->resolutionActions;
+}
+void VTSyncController::setDefaultResolutionActions(ResolutionActions actions) {
+    const std::scoped_lock lock(_parts->fieldsMutex);
+    _parts->resolutionActions = actions;
+}
+std::shared_ptr<const ItemTree> VTSyncController::itemInventory() const {
+    const std::scoped_lock lock(_parts->fieldsMutex);
+    return _parts->itemTree;
+}
+void VTSyncController::setItemInventory(std::shared_ptr<const ItemTree> items) {
+    const std::scoped_lock lock(_parts->fieldsMutex);
+    _parts->itemTree = std::move(items);
 }
 
 std::shared_ptr<VTFileValidator> VTSyncController::updateFileValidator(const ContainerValidatorList& validators) {

@@ -23,7 +23,42 @@ TEST(OldConfiguration, ConvertsToTheSharedTypeAndDropsTheRest) {
                                                {"sync-type", "ctoc"},
                                                {"items-to-sync", Value::Array{"~/Movies", "~/Docs/"}}}));
     EXPECT_EQ(config->syncType(), VTConfigurationFile::ptop);
+}
+
+// The conversion drops what other users had stored: the old file is kept, without being missing for a moment.
+TEST(OldConfiguration, IsKeptAsideAsItWas) {
+    ConfigurationWorld world;
+    world.putRoot(oldRoot);
+    const std::string before = world.bytes(path);
+    ASSERT_TRUE(world.open()->convertOldSync());
+    EXPECT_EQ(world.bytes("/media/stick/Archived Vantaro Backups/2013-05-21/.VantaroConfig"), before);
+    EXPECT_TRUE(world.log.has("The configuration file \"/media/stick/.VantaroConfig\" was kept as "
+                              "\"/media/stick/Archived Vantaro Backups/2013-05-21/.VantaroConfig\"."));
+    for (const std::string& call : world.disk.faults().log()) EXPECT_FALSE(call.starts_with("move ")) << call;
+}
+
+TEST(OldConfiguration, IsNotKeptWhereTheUserSwitchedThatOff) {
+    ConfigurationWorld world;
+    world.keepAside = false;
+    world.putRoot(oldRoot);
+    ASSERT_TRUE(world.open()->convertOldSync());
     EXPECT_FALSE(world.exists("/media/stick/Archived Vantaro Backups"));
+}
+
+TEST(OldConfiguration, AWriteThatGoesOnWithoutItsCallerStillConverts) {
+    ConfigurationWorld world;
+    world.putRoot(oldRoot);
+    const auto config = world.open();
+    std::vector<std::function<bool()>> queued;
+    config->setWriteRunner([&](std::function<bool()> write) {
+        queued.push_back(std::move(write));
+        return false;
+    });
+    EXPECT_FALSE(config->convertOldSync());
+    EXPECT_TRUE(config->hasOldSyncFormat());
+    ASSERT_EQ(queued.size(), 1U);
+    EXPECT_TRUE(queued.front()());
+    EXPECT_FALSE(config->hasOldSyncFormat());
 }
 
 TEST(OldConfiguration, WithoutAListConvertsToNoList) {
@@ -41,6 +76,7 @@ TEST(OldConfiguration, AFailedWriteLeavesItOld) {
     EXPECT_FALSE(config->convertOldSync());
     EXPECT_TRUE(config->hasOldSyncFormat());
     EXPECT_EQ(world.root(), oldRoot);
+    EXPECT_FALSE(world.exists("/media/stick/Archived Vantaro Backups/2013-05-21/.VantaroConfig"));
 }
 
 TEST(OldConfiguration, ConvertingACurrentOneChangesNothing) {
@@ -74,6 +110,7 @@ TEST(OldConfiguration, OwnListIsNotReplacedByTheSharedOne) {
 
 TEST(OldConfiguration, OldWorkFoldersAreRemovedOnBothSides) {
     ConfigurationWorld world;
+    world.keepAside = false; // nor its line
     world.putRoot(oldRoot);
     world.put("/home/ada/.Z_VT_W/OLD-UUID/deep/file", "x");
     world.put("/home/ada/.Z_VT_W/OTHER/file", "x");
@@ -98,6 +135,7 @@ TEST(OldConfiguration, RemovalErrorsAreIgnored) {
 class HostileUuid : public testing::TestWithParam<std::string> {};
 TEST_P(HostileUuid, RemovesNothing) {
     ConfigurationWorld world;
+    world.keepAside = false; // nor its line
     world.put("/home/ada/precious", "x");
     world.put("/home/ada/.Z_VT_W/other/file", "x");
     world.put("/media/stick/Vantaro/.Z_VT_W/other/file", "x");

@@ -1,6 +1,7 @@
 #include "LogWorld.h"
 
 #include <atomic>
+#include <cerrno>
 #include <thread>
 #include <vector>
 
@@ -35,6 +36,26 @@ TEST_F(LogControllerWindow, ReadingWithAWindowReplacesItsText) {
     put(path, "from the file\n");
     EXPECT_TRUE(log.readLogFile());
     EXPECT_EQ(window.text, "from the file\n");
+}
+
+TEST_F(LogControllerWindow, ReadingAFileThatCannotBeReadEmptiesIt) {
+    line("one");
+    log.show();
+    put(path, "from the file\n");
+    disk.faults().fail("read", path, EIO);
+    EXPECT_TRUE(log.readLogFile());
+    EXPECT_EQ(window.text, "");
+    EXPECT_EQ(log.contents(), "");
+}
+
+TEST_F(LogControllerWindow, IsShownBehindAnotherWindowOrInFront) {
+    line("one");
+    log.show(LogWindow::Identifier{7});
+    EXPECT_TRUE(log.isLogWindowVisible());
+    EXPECT_EQ(window.behind, 7U);
+    EXPECT_EQ(window.text, "one\n");
+    log.show();
+    EXPECT_EQ(window.behind, 0U);
 }
 
 TEST_F(LogControllerWindow, WithoutADisplayTheLogGoesOnWithoutAWindow) {

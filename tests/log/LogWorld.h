@@ -22,6 +22,7 @@ namespace vt::test {
 struct WindowRecord {
     std::string title, autosave, text;
     bool visible = false;
+    LogWindow::Identifier behind = 0; // 0: in front
     int asked = 0;
     bool answersYes = true;
     bool onMainOnly = true;
@@ -35,7 +36,14 @@ class RecordingWindow final : public LogWindow {
     void setText(std::string_view text) override { checked().text = text; }
     void appendText(std::string_view text) override { checked().text += text; }
     [[nodiscard]] std::string text() const override { return _record.text; }
-    void show() override { _record.visible = true; }
+    void show() override {
+        _record.visible = true;
+        _record.behind = 0;
+    }
+    void orderBehind(Identifier window) override {
+        _record.visible = true;
+        _record.behind = window;
+    }
     void performClose() override { _record.visible = false; }
     [[nodiscard]] bool isVisible() const override { return _record.visible; }
     void askToClear(const std::string& title, const std::string& message, std::function<void()> yes) override {

@@ -2,8 +2,11 @@
 #include "platform/fake/FakeShellCommands.h"
 #include "support/SyncWorld.h"
 #include "sync/DiskSize.h"
+#include "sync/ItemTree.h"
 #include "sync/NameClashes.h"
 #include "sync/SyncPaths.h"
+#include "sync/report/MRLCopyErrorReporter.h"
+#include "sync/report/MRLDeleteErrorReporter.h"
 #include "sync/report/MRLErrorReporter.h"
 
 namespace vt::test {
@@ -215,6 +218,104 @@ TEST(ControllerContact, theLastSyncTimeKeepsWholeSeconds) {
     world.controller->updateLastSyncTime(Date::fromNanoseconds(at(1).nanoseconds() + 999'999'999));
     EXPECT_EQ(world.controller->lastSyncTime(), at(1));
     EXPECT_EQ(world.controller->deviceConfiguration().lastSyncDateForUser(), at(1));
+}
+
+TEST(ControllerContact, theSwitchesOfEveryUserCanBeRead) {
+    SyncWorld world;
+    const VTSyncController& mine = *world.controller;
+    const std::string other = "0A0B0C0D0E0F-1000";
+    FakeSystemIdentity laptop;
+    laptop.machine = "Laptop";
+    WorldHost host{world.clock};
+    host.identifier = other;
+    SyncServices services{
+        host,        world.driveFiles, world.volumes,   world.propertyLists, world.preferences, laptop,
+        world.clock, world.loop,       world.workspace, world.alerts,        world.exclusions,  world.names};
+    const auto theirs =
+        VTSyncController::controllerForMountPoint(SyncWorld::drive, "Talmont", std::nullopt, std::nullopt, services);
+    theirs->playWorkerByHand();
+    world.join(*theirs, {"~/Movies"});
+    theirs->setSyncMoviesState(false);
+    theirs->setSyncDeviceFilter(5);
+    theirs->setQuietSyncState(false);
+    theirs->updateLastSyncTime(at(3));
+    SyncWorld::run(*theirs);
+    mine.deviceConfiguration().initializeConfigurationFile();
+    world.controller->sync(); // opens the drive, whose file is read anew with the next write
+    world.run();
+    EXPECT_FALSE(mine.syncMoviesStateForUniqueHostID(other));
+    EXPECT_TRUE(mine.syncMoviesStateForUniqueHostID(world.host.identifier));
+    EXPECT_TRUE(mine.syncMusicStateForUniqueHostID(other));
+    EXPECT_TRUE(mine.syncPicturesStateForUniqueHostID(other));
+    EXPECT_TRUE(mine.syncDocumentsStateForUniqueHostID(other));
+    EXPECT_FALSE(mine.syncDocumentsStateForUniqueHostID("nobody-1"));
+    EXPECT_EQ(mine.syncDeviceFilterForUniqueHostID(other), 5);
+    EXPECT_TRUE(mine.continuousSyncStateForUniqueHostID(other));
+    EXPECT_TRUE(mine.participateSyncStateForUniqueHostID(other));
+    EXPECT_FALSE(mine.participateSyncStateForUniqueHostID("nobody-1"));
+    EXPECT_FALSE(mine.quietSyncStateForUniqueHostID(other));
+    EXPECT_TRUE(mine.quietSyncState());
+    EXPECT_FALSE(mine.isPreviewEnabledForUniqueHostID(other));
+    EXPECT_EQ(mine.lastSyncTimeForUniqueHostID(other), at(3));
+    EXPECT_EQ(mine.computerNameForUniqueHostID(other), "Laptop");
+    EXPECT_FALSE(mine.computerNameForUniqueHostID("nobody-1"));
+}
+
+TEST(ControllerContact, whatControllingCodeHangsOnItIsKept) {
+    SyncWorld world;
+    VTSyncController& controller = *world.controller;
+    EXPECT_EQ(controller.defaultResolutionActions().conflict, 0);
+    controller.setDefaultResolutionActions({1, 2, 3});
+    EXPECT_EQ(controller.defaultResolutionActions().conflict, 1);
+    EXPECT_EQ(controller.defaultResolutionActions().missingMac, 2);
+    EXPECT_EQ(controller.defaultResolutionActions().missingDrive, 3);
+    EXPECT_EQ(controller.itemInventory(), nullptr);
+    const auto items = std::make_shared<const ItemTree>(ItemTree{"Music", {{"a.mp3", {}}}});
+    controller.setItemInventory(items);
+    EXPECT_EQ(controller.itemInventory(), items);
+    EXPECT_EQ(items.use_count(), 2);
+    controller.setItemInventory(nullptr);
+    EXPECT_EQ(items.use_count(), 1);
+    EXPECT_EQ(VTSyncController::cascadeWindowFromPoint({3, 4}).x, 3);
+    EXPECT_EQ(VTSyncController::cascadeWindowFromPoint({3, 4}).y, 4);
+    controller.setCurrentSourcePath("/home/ada/x");
+    EXPECT_EQ(controller.getCurrentProgressDict().at("syncCopySourcePath"), Value("/home/ada/x"));
+    controller.setCurrentSourcePath(std::nullopt);
+    EXPECT_FALSE(controller.currentSourcePath());
+    EXPECT_FALSE(controller.getCurrentProgressDict().contains("syncCopySourcePath"));
+}
+
+TEST(ControllerContact, aReporterThatIsSetWorksForTheController) {
+    SyncWorld world;
+    ASSERT_NE(world.controller->deleteReporter(), nullptr);
+    const auto before = world.controller->deleteReporter();
+    const auto mine = MRLDeleteErrorReporter::create();
+    world.controller->setDeleteReporter(mine);
+    EXPECT_EQ(world.controller->deleteReporter(), mine);
+    EXPECT_EQ(before->delegate(), nullptr);
+    EXPECT_NE(mine->delegate(), nullptr);
+    const auto copying = MRLCopyErrorReporter::create({}, world.files, world.volumes);
+    world.controller->setErrorReporter(copying);
+    EXPECT_EQ(world.controller->errorReporter(), copying);
+    EXPECT_NE(copying->delegate(), nullptr);
+    world.controller->setErrorReporter(nullptr);
+    EXPECT_EQ(copying->delegate(), nullptr);
+    EXPECT_NE(world.controller->errorReporter(), nullptr); // a new one per call
+    world.sync();
+    EXPECT_EQ(world.controller->deleteReporter(), nullptr);
+}
+
+TEST(ControllerFacts, mountedVolumesHaveReferencesFromOneOn) {
+    SyncWorld world; // "/media/stick"
+    world.mountDrive("/media/zip", "disk9s1");
+    EXPECT_EQ(VTSyncController::getVolumeNameForvRefNum(world.volumes, 1), "stick");
+    EXPECT_EQ(VTSyncController::bsdNameForVolumeRefNum(world.volumes, 1), "disk8s1");
+    EXPECT_EQ(VTSyncController::getVolumeNameForvRefNum(world.volumes, 2), "zip");
+    EXPECT_EQ(VTSyncController::bsdNameForVolumeRefNum(world.volumes, 2), "disk9s1");
+    for (const std::int16_t reference : {std::int16_t{-1}, std::int16_t{0}, std::int16_t{3}}) {
+        EXPECT_FALSE(VTSyncController::getVolumeNameForvRefNum(world.volumes, reference));
+        EXPECT_FALSE(VTSyncController::bsdNameForVolumeRefNum(world.volumes, reference));
+    }
 }
 
 TEST(ControllerContact, reportersAreMadeOnceAndGoWithTheFirstSync) {

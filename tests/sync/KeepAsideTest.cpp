@@ -229,6 +229,35 @@ TEST_F(KeepAsideTest, PackageThatCouldNotBeReplacedReturnsFromBeside) {
     EXPECT_EQ(contentOf(root + "/P.app/old"), "1");
 }
 
+// Something of an earlier replacement could not be removed, and still cannot: its mark must stay, the item too.
+TEST_F(KeepAsideTest, TakenNameBesideKeepsItsMarkAndTheItem) {
+    const std::string beside = BesideNames::besidePath(root + "/P.app");
+    buildTree(files, files, drive, {file("r/P.app/old", "1"), file("r/.w/P.app/new", "2"), folder("r/.marks/P.app")});
+    buildTree(files, files, drive, {file(beside.substr(std::string(drive).size() + 1) + "/older", "0")});
+    guard.expect(root + "/P.app", {});
+    disk.faults().fail("move", work + "/P.app", EINVAL, 1);
+    disk.faults().fail("remove", beside, EIO);
+    EXPECT_TRUE(replace("P.app")); // the person goes on
+    EXPECT_EQ(controller->log.back(), "Unable to copy \"" + work + "/P.app\" to \"" + root + "/P.app\" - File exists.");
+    EXPECT_EQ(pathsOf(files, files, root + "/P.app"), (Lines{"old"}));
+    EXPECT_EQ(contentOf(beside + "/older"), "0");
+    EXPECT_TRUE(files.attributes(root + "/.marks/P.app").ok());
+    disk.faults().clear();
+    besides.putBack();
+    EXPECT_FALSE(files.attributes(beside).ok());
+    EXPECT_FALSE(files.attributes(root + "/.marks").ok());
+}
+
+TEST_F(KeepAsideTest, PackageStaysWhereItsMarkCannotBeMade) {
+    buildTree(files, files, drive, {file("r/P.app/old", "1"), file("r/.w/P.app/new", "2")});
+    guard.expect(root + "/P.app", {});
+    disk.faults().fail("move", work + "/P.app", EINVAL, 1);
+    disk.faults().fail("makeDirectory", root + "/.marks", ENOSPC);
+    controller->answer = false;
+    EXPECT_FALSE(replace("P.app"));
+    EXPECT_EQ(pathsOf(files, files, root + "/P.app"), (Lines{"old"}));
+}
+
 TEST_F(KeepAsideTest, NamesNearTheLimitAreCutForTheirNumber) {
     const std::string longName(255, 'n');
     for (int i = 0; i < 2; ++i) {

@@ -202,19 +202,63 @@ TEST(SyncHabits, aSettersCallerWaitsTwoSecondsAtMost) {
     SyncWorld world;
     const auto guard = std::make_shared<DriveGuard>(SyncWorld::drive, world.driveFiles);
     guard->recordIdentity();
-    const auto writer = std::make_shared<ConfigurationWriter>(guard, world.loop);
+    const auto writer = std::make_shared<ConfigurationWriter>(guard, world.loop, nullptr);
     std::promise<void> driveAnswers;
     std::promise<void> written;
     const auto began = std::chrono::steady_clock::now();
-    EXPECT_TRUE(writer->write([&, answer = driveAnswers.get_future().share()] {
+    // Nobody knows yet whether it will be written, so it does not count as written.
+    EXPECT_FALSE(writer->write([&, answer = driveAnswers.get_future().share()] {
         answer.wait();
         written.set_value();
-        return false;
+        return true;
     }));
     EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(1900));
     driveAnswers.set_value();
     written.get_future().wait();
-    EXPECT_FALSE(writer->write([] { return false; })); // and the next one's own answer comes at once
+    EXPECT_TRUE(writer->write([] { return true; })); // and the next one's own answer comes at once
+}
+
+// A first list reads the file again before it is stored: that too is done where nobody has to wait for the drive.
+TEST(SyncHabits, settingTheFirstListWaitsTwoSecondsAtMostForADriveThatHangs) {
+    SyncWorld world;
+    const auto controller = world.controllerFor(SyncWorld::drive);
+    VTConfigurationFile& configuration = controller->deviceConfiguration();
+    world.files.remove(std::string(SyncWorld::drive) + "/.VantaroConfig", {}).ignore();
+    configuration.removeSyncConfiguration(); // nothing is loaded any more
+    std::promise<void> driveAnswers;
+    const auto answer = driveAnswers.get_future().share();
+    std::atomic<bool> hung = false;
+    world.disk.faults().before("attributes", std::string(SyncWorld::drive) + "/.VantaroConfig",
+                               [&](const std::string&) {
+                                   if (!hung.exchange(true)) answer.wait();
+                               });
+    const auto began = std::chrono::steady_clock::now();
+    EXPECT_FALSE(configuration.setSyncItemList(std::vector<std::string>{"~/Late"}));
+    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(20));
+    EXPECT_TRUE(hung);
+    driveAnswers.set_value();
+    EXPECT_TRUE(configuration.addUserToList()); // behind the list in the same queue
+    EXPECT_EQ(configuration.syncItemList(), std::vector<std::string>{"~/Late"});
+}
+
+TEST(SyncHabits, withoutAHelperThreadASettingIsWrittenByItsCaller) {
+    struct NoThreads final : WorkerThreads {
+        bool start(std::size_t, std::function<void()>) override { return false; }
+    } none;
+    SyncWorld world;
+    const auto guard = std::make_shared<DriveGuard>(SyncWorld::drive, world.driveFiles);
+    guard->recordIdentity();
+    const auto writer = std::make_shared<ConfigurationWriter>(guard, world.loop, &none);
+    const auto self = std::this_thread::get_id();
+    for (const bool answer : {true, false}) {
+        std::thread::id ranOn;
+        EXPECT_EQ(writer->write([&] {
+            ranOn = std::this_thread::get_id();
+            return answer;
+        }),
+                  answer);
+        EXPECT_EQ(ranOn, self);
+    }
 }
 
 } // namespace

@@ -43,7 +43,8 @@ std::size_t DriveFolder::positionOf(std::string_view name) {
 
 // Letters that our own rule does not know: the drive's answer to the name itself decides.
 std::size_t DriveFolder::askTheDrive(std::string_view name) {
-    if (_entries.empty() || std::all_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+    if (_entries.empty() ||
+        std::all_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
         return notThere;
     const auto attributes = _files.attributes(paths::join(_path, name));
     if (!attributes) return notThere;

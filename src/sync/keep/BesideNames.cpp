@@ -33,13 +33,18 @@ std::string BesideNames::markFor(const std::string& path) const {
     return _marks + path.substr(_target.size());
 }
 
-std::optional<std::string> BesideNames::stand(const std::string& path) {
-    if (!paths::isAtOrBelow(path, _target)) return std::nullopt;
-    if (!createDirectoryAtPath(_files, markFor(path), nullptr, true, false)) return std::nullopt;
+Result<std::string> BesideNames::stand(const std::string& path) {
+    if (!paths::isAtOrBelow(path, _target)) return Error::fromErrno(EXDEV, path);
+    // What still waits there from before has done its service: the item is in its place.
+    if (!putBackOne(path)) return Error::fromErrno(EEXIST, besidePath(path));
+    const std::string mark = markFor(path);
+    const bool marked = _files.attributes(mark).ok();
+    if (!createDirectoryAtPath(_files, mark, nullptr, true, false)) return Error::fromErrno(EACCES, mark);
     std::string beside = besidePath(path);
-    if (_files.move(path, beside, Replace::never)) return beside;
-    _files.remove(markFor(path), {}).ignore();
-    return std::nullopt;
+    const auto moved = _files.move(path, beside, Replace::never);
+    if (moved) return beside;
+    if (!marked) _files.remove(mark, {}).ignore();
+    return moved.error();
 }
 
 bool BesideNames::settle(const std::string& beside, const std::string& path, bool replaced) {

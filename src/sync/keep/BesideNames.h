@@ -1,12 +1,12 @@
 // Where the drive cannot exchange two items, the old content of a package waits beside it under a name of its own while
 // it is replaced. A mark in a folder of the agent's own tells the next preparation to put it back, should the process
-// end in between. Thread: the drive's worker. Errors: null or false. Units: absolute raw-byte paths.
+// end in between. Thread: the drive's worker. Errors: those of the file service, or false. Units: absolute raw-byte
+// paths.
 #pragma once
 
 #include "platform/FileService.h"
 
 #include <functional>
-#include <optional>
 #include <string>
 
 namespace vt {
@@ -19,8 +19,8 @@ class BesideNames {
 
     // In the item's own folder; always the same for the same name.
     [[nodiscard]] static std::string besidePath(const std::string& path);
-    // The beside name, where what was at `path` lies now; null when nothing was changed.
-    std::optional<std::string> stand(const std::string& path);
+    // The beside name, where what was at `path` lies now; an error when nothing was changed.
+    [[nodiscard]] Result<std::string> stand(const std::string& path);
     // Replaced: the old content is removed, false when it could not be. Otherwise it returns to its place.
     bool settle(const std::string& beside, const std::string& path, bool replaced);
     // What an earlier run left: put back where the place is empty, removed where the new content has arrived. What

@@ -58,8 +58,10 @@ Replacement::Outcome Replacement::withoutExchange(const std::string& staged, con
 }
 
 Replacement::Outcome Replacement::besideOld(const std::string& staged, const std::string& destination) {
-    const auto beside = _services.guard != nullptr ? _services.guard->standBeside(destination) : std::nullopt;
-    if (!beside) return removeFirst(staged, destination);
+    if (_services.guard == nullptr) return removeFirst(staged, destination);
+    const auto beside = _services.guard->standBeside(destination);
+    // Removed first, the old content would be all that a kill leaves of the item: nothing.
+    if (!beside) return {false, _calls.proceedsAfterMoving(beside.error(), staged, destination)};
     Outcome outcome = place(staged, destination);
     const bool settled = _services.guard->settleBeside(*beside, destination, outcome.moved);
     if (outcome.moved && !settled) outcome.result = false;

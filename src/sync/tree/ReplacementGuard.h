@@ -19,8 +19,8 @@ class ReplacementGuard {
     virtual std::optional<std::string> keep(const std::string& from, const std::string& destination) = 0;
     virtual void putBack(const std::string& kept, const std::string& destination) = 0;
     // Where the drive cannot exchange two items: renames `destination` to a name beside it that the next preparation
-    // puts back, should this process end before settleBeside(). Null when that failed.
-    virtual std::optional<std::string> standBeside(const std::string& destination) = 0;
+    // puts back, should this process end before settleBeside(). On an error nothing has changed.
+    virtual Result<std::string> standBeside(const std::string& destination) = 0;
     // Replaced: the old content goes, false when it could not. Otherwise it returns to its place.
     virtual bool settleBeside(const std::string& beside, const std::string& destination, bool replaced) = 0;
 };

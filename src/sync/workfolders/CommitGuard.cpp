@@ -79,7 +79,7 @@ void CommitGuard::putBack(const std::string& kept, const std::string& destinatio
     _services.keepAside.putBack(kept, destination);
 }
 
-std::optional<std::string> CommitGuard::standBeside(const std::string& destination) {
+Result<std::string> CommitGuard::standBeside(const std::string& destination) {
     return _services.besides.stand(destination);
 }
 

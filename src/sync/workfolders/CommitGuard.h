@@ -49,7 +49,7 @@ class CommitGuard : public ReplacementGuard, public StagingWatch {
                         const std::string& destination, const FileAttributes& present) override;
     std::optional<std::string> keep(const std::string& from, const std::string& destination) override;
     void putBack(const std::string& kept, const std::string& destination) override;
-    std::optional<std::string> standBeside(const std::string& destination) override;
+    Result<std::string> standBeside(const std::string& destination) override;
     bool settleBeside(const std::string& beside, const std::string& destination, bool replaced) override;
 
     void itemWillBeCopied(const std::string& staged) override;
