@@ -17,8 +17,8 @@ namespace vt {
 
 class ConfigurationWriter : public std::enable_shared_from_this<ConfigurationWriter> {
   public:
-    // `threads` may be null: a plain thread then.
-    ConfigurationWriter(std::shared_ptr<DriveGuard> guard, RunLoop& runLoop, WorkerThreads* threads)
+    // `threads`: null for plain threads. Not the workers' own: a setting must not wait until one of them is let run.
+    ConfigurationWriter(std::shared_ptr<DriveGuard> guard, RunLoop& runLoop, WorkerThreads* threads = nullptr)
         : _guard(std::move(guard)), _runLoop(runLoop), _threads(threads) {}
 
     // Runs `job` with the drive held open and waits for its end, serving the main thread's calls meanwhile. The job's

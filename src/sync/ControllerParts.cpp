@@ -34,7 +34,7 @@ VTSyncController::Parts::Parts(const std::string& mountPoint, const std::string&
       log(services.host, services.runLoop, services.clock, *services.process),
       progress({mountPoint, [this] { return busy(); }, [this] { return cancel.pending(); }}),
       paths(mountPoint, uuid, hostUserId, services.system), facts(mountPoint, factServices()),
-      writer(std::make_shared<ConfigurationWriter>(guard, services.runLoop, services.threads)),
+      writer(std::make_shared<ConfigurationWriter>(guard, services.runLoop)),
       configuration(openConfiguration(VTConfigurationFile::ptop)), lastSyncTime(configuration),
       markers({drive->files(), drive->contents(), services.propertyLists, hostUserId,
                // A second instance, whose list is that of the whole drive, for each marker.

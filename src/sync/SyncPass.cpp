@@ -208,7 +208,8 @@ bool SyncPass::processScanResults() {
              // First what may still be lost, then the drive itself, then the date that vouches for both.
              _stamped = _services.owed.writeMarks(_scanResults, _tally) && _services.tools.journal().flush().ok();
              return _stamped;
-         }});
+         },
+         _services.tools.capabilities().dateGranularity});
     return processor.processScanResults(_scanResults);
 }
 

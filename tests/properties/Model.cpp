@@ -28,6 +28,7 @@ struct Decision {
     std::string target; // on the drive
     bool toDrive = true;
     bool bothChanged = false;
+    bool completes = false; // the drive has this version of a package, but not all of it
     bool enabled = true;
 };
 
@@ -163,8 +164,10 @@ void Pass::compareFiles(const std::string& local, const std::string& target) {
     const bool mineChanged = _user.lastSync && mine > *_user.lastSync;
     const bool theirsChanged = _user.lastSync && theirs > *_user.lastSync;
     if ((_user.lastSync && !mineChanged && !theirsChanged) || mine == theirs) {
+        const bool completes =
+            _computer.at(local).kind == Kind::folder && mine >= theirs && mine - theirs < _user.granularity;
         if (isOwed(local, mine, theirs))
-            _owedDecisions.push_back({local, target});
+            _owedDecisions.push_back({local, target, true, false, completes});
         else
             _outcome.present += sizeOf(_computer, local);
         return;
@@ -176,7 +179,12 @@ bool Pass::isOwed(const std::string& local, std::int64_t localDate, std::int64_t
     if (!_user.remembered) return false;
     const bool marked =
         std::any_of(_user.owed.begin(), _user.owed.end(), [&](const auto& path) { return isAtOrBelow(local, path); });
-    if (localDate <= driveDate) return false;
+    if (localDate < driveDate) return false;
+    // The newest date of a package says nothing of another file in it.
+    if (localDate == driveDate)
+        return _computer.at(local).kind == Kind::folder &&
+               std::any_of(_user.owed.begin(), _user.owed.end(),
+                           [&](const auto& path) { return isAtOrBelow(path, local); });
     if (!_covered || *_covered > _request.now || localDate > *_covered) return true;
     if (localDate - driveDate > _user.granularity && _computer.at(local).changed > *_covered) return true;
     return marked;
@@ -204,6 +212,7 @@ void Pass::carryOut(const Decision& decision) {
     if (present != _outcome.drive.end()) {
         const auto arrived = staged.find(decision.target);
         if (arrived == staged.end()) return; // it could not be read
+        if (decision.completes && _incomplete) return;
         const bool same = arrived->second.kind == Kind::file && present->second.kind == Kind::file &&
                           arrived->second.date == present->second.date &&
                           arrived->second.content.size() == present->second.content.size();

@@ -147,6 +147,7 @@ TEST(OwedPass, aCommitThatLeavesSomethingBehindPutsTheOldTimeBack) {
 
 // Of its two files the older one is left out, so its newest date is the drive's from then on.
 struct IncompletePackage : OwedWorld {
+    using OwedWorld::OwedWorld;
     static constexpr const char* older = "/media/stick/ada_Workbench/Music/a.pages/older";
     void begin() {
         computer({file("Music/a.pages/older", "1", at(-10)), file("Music/a.pages/newer", "2", at(-9))});
@@ -173,8 +174,11 @@ TEST(OwedPass, aPackageThatWasLeftIncompleteIsCompleted) {
     for (const std::string& call : world.disk.faults().log()) EXPECT_FALSE(call.starts_with("copy")) << call;
 }
 
-TEST(OwedPass, aPackageThatStaysIncompleteIsTriedAgainWithoutAnArchiveOfItself) {
-    IncompletePackage world;
+class IncompletePackageOnADrive : public testing::TestWithParam<std::int64_t> {};
+TEST_P(IncompletePackageOnADrive, isTriedAgainWithoutAnArchiveOfItself) {
+    FakeMount coarse;
+    coarse.capabilities.dateGranularity = GetParam();
+    IncompletePackage world({"~/Music"}, coarse);
     world.begin();
     for (int i = 1; i < 3; ++i) {
         world.clock.setNow(at(10 * i));
@@ -185,6 +189,8 @@ TEST(OwedPass, aPackageThatStaysIncompleteIsTriedAgainWithoutAnArchiveOfItself) 
         EXPECT_FALSE(world.exists("/media/stick/Archived Vantaro Backups"));
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(Dates, IncompletePackageOnADrive, testing::Values(1, 120'000'000'000));
 
 TEST(OwedPass, aRecordThatCannotBeWrittenStampsNothing) {
     OwedWorld world;

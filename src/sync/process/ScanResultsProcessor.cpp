@@ -50,8 +50,10 @@ void ScanResultsProcessor::carryOut(const ScanEntry& entry, bool& result) {
 }
 
 // The drive has this very version of the package, but not all of it.
-bool ScanResultsProcessor::completesPackage(const ScanEntry& entry) {
-    return entry.package && entry.pushkeyFileModDate && entry.pushkeyFileModDate == entry.localFileModDate;
+bool ScanResultsProcessor::completesPackage(const ScanEntry& entry) const {
+    if (!entry.package || !entry.pushkeyFileModDate || !entry.localFileModDate) return false;
+    const std::int64_t lost = entry.localFileModDate->nanoseconds() - entry.pushkeyFileModDate->nanoseconds();
+    return lost >= 0 && lost < std::max<std::int64_t>(_services.dateGranularity, 1);
 }
 
 void ScanResultsProcessor::copyToDrive(const ScanEntry& entry, bool& result) {

@@ -42,6 +42,7 @@ class ScanResultsProcessor {
         std::function<bool(const std::string&)> knownToFail; // a path on the computer
         // Just before the last sync time moves: what is owed reaches the computer's disk. False: it must not move.
         std::function<bool()> beforeStamp;
+        std::int64_t dateGranularity = 1; // of the drive, nanoseconds
     };
     explicit ScanResultsProcessor(Services services) : _services(std::move(services)) {}
 
@@ -50,7 +51,7 @@ class ScanResultsProcessor {
   private:
     [[nodiscard]] std::vector<const ScanEntry*> inOrder(const ScanResults& results) const;
     void carryOut(const ScanEntry& entry, bool& result);
-    [[nodiscard]] static bool completesPackage(const ScanEntry& entry);
+    [[nodiscard]] bool completesPackage(const ScanEntry& entry) const;
     void copyToDrive(const ScanEntry& entry, bool& result);
     void removeNewer(const ScanEntry& entry, bool& result);
     void removeItem(const ScanEntry& entry, bool& result);
