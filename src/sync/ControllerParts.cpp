@@ -58,7 +58,8 @@ VTSyncController::Parts::Parts(const std::string& mountPoint, const std::string&
              [this](const std::string& path, const FileAttributes& source) {
                  copied.wasCopied(path, source);
                  recent.wasCopied(path, source);
-             }}),
+             },
+             [this](const std::string& path) { return pass.seenOnDrive(path); }}),
       pass(passServices()), listUpdate({*configuration, drive->files(), services.workspace, log, delegate, mountPoint}),
       runner(
           {tasks, progress, log, cancel, *guard, *services.process, *this, paths.home(), [this] { notify(); }, {}, {}}),

@@ -18,7 +18,7 @@ StagingTools::StagingTools(Services services)
                  {_services.drive.files(), _services.clock, [this] { return _wantsKeepAside; }, _logLine}),
       _besides(_services.drive.files(), _services.paths.target(), _services.paths.driveWork() + "-beside", _logLine),
       _guard(_services.paths.target(), _services.paths.driveWork(),
-             {_keepAside, _besides, &_journal, _logLine, _services.wasCopied, &_capabilities}),
+             {_keepAside, _besides, &_journal, _logLine, _services.wasCopied, &_capabilities, _services.seenOnDrive}),
       _tree({_services.drive.files(), _services.drive.copier(), _services.volumes, _filter, _services.log, &_guard,
              &_guard, &_capabilities, _services.knownToFail, closed(), &_refusedNames}),
       _folders({_services.paths.target(), _services.paths.driveWork(), _services.paths.localWork()},

@@ -24,6 +24,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,7 @@ class StagingTools {
         std::function<void(std::uint64_t bytes)> nameRefused;      // the drive cannot hold an item's name
         // A whole file was copied that will stand at `path` on the drive.
         std::function<void(const std::string& path, const FileAttributes& source)> wasCopied;
+        std::function<std::optional<SeenOnDrive>(const std::string& path)> seenOnDrive; // by the pass's comparison
     };
     explicit StagingTools(Services services);
 

@@ -84,19 +84,13 @@ std::string SyncPass::filterText() const {
     return text + std::to_string(configuration.getSyncDeviceFilterForUser());
 }
 
-void SyncPass::clearScanResults() {
-    _byTarget.clear();
-    _indexed = 0;
-    _scanResults.clearScanResults();
-}
-
 bool SyncPass::syncThreadPrepareFolders() {
-    clearScanResults();
+    _scanResults.clearScanResults();
     return _services.tools.folders().prepare();
 }
 
 bool SyncPass::syncThreadSyncItems(const std::optional<std::vector<std::string>>& paths) {
-    clearScanResults();
+    _scanResults.clearScanResults();
     const std::vector<ChosenItem> items =
         paths ? chooseChangedItems(*paths, _syncItems, _services.paths.home()) : chooseAllItems(_syncItems);
     if (paths && items.empty()) return true;
@@ -190,7 +184,6 @@ bool SyncPass::liesOnOwnDrive(const std::string& local) {
 }
 
 bool SyncPass::processScanResults() {
-    announceReplacements();
     const auto logLine = [this](const std::string& text) { _services.log.logMessage(text); };
     std::uint64_t needed = 0;
     for (const ScanEntry& entry : _scanResults.entries())
@@ -214,17 +207,16 @@ bool SyncPass::processScanResults() {
 }
 
 // The commit replaces what the comparison saw; anything else that it finds in a place is set aside first.
-void SyncPass::announceReplacements() {
-    for (const ScanEntry& entry : _scanResults.entries()) {
-        if (entry.actionToPerform != action::toDrive || !entry.pushkeyFileModDate) continue;
-        SeenOnDrive seen;
-        seen.changedOnBothSides = entry.syncEntryType == entrytype::changedOnBothSides;
-        if (!entry.package) {
-            seen.modified = entry.pushkeyFileModDate;
-            if (entry.pushkeyFileSize) seen.size = static_cast<std::uint64_t>(*entry.pushkeyFileSize);
-        }
-        _services.tools.guard().expect(entry.drivePath, seen);
+std::optional<SeenOnDrive> SyncPass::seenOnDrive(const std::string& path) const {
+    const auto entry = _scanResults.entryForDrivePath(path);
+    if (!entry || entry->actionToPerform != action::toDrive || !entry->pushkeyFileModDate) return std::nullopt;
+    SeenOnDrive seen;
+    seen.changedOnBothSides = entry->syncEntryType == entrytype::changedOnBothSides;
+    if (!entry->package) {
+        seen.modified = entry->pushkeyFileModDate;
+        if (entry->pushkeyFileSize) seen.size = static_cast<std::uint64_t>(*entry->pushkeyFileSize);
     }
+    return seen;
 }
 
 void SyncPass::syncThreadFinishSync() {
@@ -249,27 +241,20 @@ void SyncPass::settle() {
 
 void SyncPass::syncThreadCleanupAfterSync() {
     (void)_services.tools.folders().deleteTempFolders();
-    clearScanResults();
+    _scanResults.clearScanResults();
     _services.tools.clearReporters();
     systemLog(formatText("Final Progress Dictionary: %@", {Value(_services.progress.getCurrentProgressDict())}));
     _services.notify();
 }
 
-// Many thousands may be left behind at once, so the entries are not searched one by one.
-std::string SyncPass::computerPathOf(const std::string& staged) {
-    const auto& entries = _scanResults.entries();
-    if (_indexed != entries.size()) {
-        _byTarget.clear();
-        for (const ScanEntry& entry : entries) _byTarget.emplace(entry.pushkeyPath, &entry);
-        _indexed = entries.size();
-    }
-    std::string_view above = staged;
-    while (above.size() > 1) {
-        const auto found = _byTarget.find(above);
-        if (found != _byTarget.end()) return found->second->computerPath + staged.substr(above.size());
-        const auto slash = above.rfind('/');
-        above = above.substr(0, slash == std::string_view::npos ? 0 : slash);
-    }
+// The entry that staged the path, or a folder above it, tells where it comes from.
+std::string SyncPass::computerPathOf(const std::string& staged) const {
+    const std::string work = _services.paths.driveWork();
+    if (!paths::isAtOrBelow(staged, work)) return staged;
+    const std::string final = _services.paths.target() + staged.substr(work.size());
+    for (std::string above = final; above.size() > _services.paths.target().size(); above = paths::parent(above))
+        if (const auto entry = _scanResults.entryForDrivePath(above))
+            return entry->computerPath + final.substr(above.size());
     return staged;
 }
 

@@ -25,8 +25,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace vt {
@@ -79,6 +77,8 @@ class SyncPass {
     void leftOut(const std::string& source, OwedReason reason);
     void nameRefused(std::uint64_t bytes);
     [[nodiscard]] PassTally& tally() { return _tally; }
+    // What the comparison saw at a final path of which a newer computer file takes the place.
+    [[nodiscard]] std::optional<SeenOnDrive> seenOnDrive(const std::string& path) const;
 
   private:
     void syncThreadBasicSetup();
@@ -93,11 +93,9 @@ class SyncPass {
     void settle();
     void syncThreadCleanupAfterSync();
     void determineTotalSync(const ComputerSnapshot& snapshot, const std::vector<std::uint32_t>& roots);
-    void announceReplacements();
     [[nodiscard]] bool liesOnOwnDrive(const std::string& local);
     [[nodiscard]] std::string filterText() const;
-    [[nodiscard]] std::string computerPathOf(const std::string& staged);
-    void clearScanResults();
+    [[nodiscard]] std::string computerPathOf(const std::string& staged) const;
 
     Services _services;
     // Cleared with every sync and set nowhere: the queue keeps syncs apart.
@@ -105,8 +103,6 @@ class SyncPass {
     std::atomic<bool> _bDoingContinuousSync{false};
     std::atomic<std::int64_t> _fullPassBegan{0}; // nanoseconds, as Date has them; 0: never
     ScanResults _scanResults;
-    std::unordered_map<std::string_view, const ScanEntry*> _byTarget; // of the first `_indexed` entries
-    std::size_t _indexed = 0;
     PassTally _tally;
     std::vector<std::string> _syncItems;
     std::vector<std::string> _finalPaths; // of the items compared, on the drive

@@ -1,4 +1,5 @@
 #include "sync/keep/KeepAside.h"
+#include "SeenItems.h"
 
 #include "TreeFixture.h"
 
@@ -26,7 +27,7 @@ class KeepAsideTest : public TreeFixture {
     }
     void expectAsItIs(const std::string& name, bool both = false) {
         const auto item = *files.attributes(root + "/" + name);
-        guard.expect(root + "/" + name, {item.modified, item.size, both});
+        seen.items[root + "/" + name] = {item.modified, item.size, both};
     }
     [[nodiscard]] std::string archived(const std::string& below) const { return archive + "/" + below; }
 
@@ -37,7 +38,8 @@ class KeepAsideTest : public TreeFixture {
     std::function<void(const std::string&)> note = [this](const std::string& line) { lines.push_back(line); };
     KeepAside keep{drive, {files, clock, [this] { return on; }, note}};
     BesideNames besides{files, root, root + "/.marks", note};
-    CommitGuard guard{root, work, {keep, besides, nullptr, note}};
+    SeenItems seen;
+    CommitGuard guard{root, work, {keep, besides, nullptr, note, {}, nullptr, seen.answer()}};
     // The fake clock stands at noon or so of this day in any time zone that tests run in.
     std::string archive = "/mnt/drive/Archived Vantaro Backups/2013-05-21";
 };
@@ -160,7 +162,7 @@ TEST_F(KeepAsideTest, WithoutExchangeTheOldFileIsKeptFirst) {
 TEST_F(KeepAsideTest, PackageReplacedAfterASkipIsSetAside) {
     computer({file("P.app/a", "1"), file("P.app/b", "2")});
     buildTree(files, files, drive, {file("r/P.app/a", "old"), file("r/P.app/b", "old"), folder("r/.w")});
-    guard.expect(root + "/P.app", {});
+    seen.items[root + "/P.app"] = {};
     services.staging = &guard;
     disk.faults().fail("copyFile", h("P.app/b"), EIO);
     EXPECT_TRUE(tree().copyPathOntoPath(h("P.app"), work + "/P.app", true, reporter.get()));
@@ -173,7 +175,7 @@ TEST_F(KeepAsideTest, PackageReplacedAfterASkipIsSetAside) {
 TEST_F(KeepAsideTest, WholePackageIsReplacedWithoutAnArchive) {
     computer({file("P.app/a", "1")});
     buildTree(files, files, drive, {file("r/P.app/old", "old"), folder("r/.w")});
-    guard.expect(root + "/P.app", {});
+    seen.items[root + "/P.app"] = {};
     services.staging = &guard;
     EXPECT_TRUE(tree().copyPathOntoPath(h("P.app"), work + "/P.app", true, reporter.get()));
     EXPECT_TRUE(replace("P.app"));
@@ -183,7 +185,7 @@ TEST_F(KeepAsideTest, WholePackageIsReplacedWithoutAnArchive) {
 
 TEST_F(KeepAsideTest, OldPackageWaitsBesideItsPlaceWhereTheDriveCannotExchange) {
     buildTree(files, files, drive, {file("r/P.app/old", "1"), file("r/.w/P.app/new", "2")});
-    guard.expect(root + "/P.app", {});
+    seen.items[root + "/P.app"] = {};
     disk.faults().fail("move", work + "/P.app", EINVAL, 1);
     const std::string beside = BesideNames::besidePath(root + "/P.app");
     bool waited = false;
@@ -221,7 +223,7 @@ TEST_F(KeepAsideTest, WhatCouldNotBePutBackIsTriedAgain) {
 
 TEST_F(KeepAsideTest, PackageThatCouldNotBeReplacedReturnsFromBeside) {
     buildTree(files, files, drive, {file("r/P.app/old", "1"), file("r/.w/P.app/new", "2")});
-    guard.expect(root + "/P.app", {});
+    seen.items[root + "/P.app"] = {};
     disk.faults().fail("move", work + "/P.app", EINVAL, 1);
     disk.faults().fail("move", work + "/P.app", EIO, 2);
     controller->answer = false;
@@ -234,7 +236,7 @@ TEST_F(KeepAsideTest, TakenNameBesideKeepsItsMarkAndTheItem) {
     const std::string beside = BesideNames::besidePath(root + "/P.app");
     buildTree(files, files, drive, {file("r/P.app/old", "1"), file("r/.w/P.app/new", "2"), folder("r/.marks/P.app")});
     buildTree(files, files, drive, {file(beside.substr(std::string(drive).size() + 1) + "/older", "0")});
-    guard.expect(root + "/P.app", {});
+    seen.items[root + "/P.app"] = {};
     disk.faults().fail("move", work + "/P.app", EINVAL, 1);
     disk.faults().fail("remove", beside, EIO);
     EXPECT_TRUE(replace("P.app")); // the person goes on
@@ -250,7 +252,7 @@ TEST_F(KeepAsideTest, TakenNameBesideKeepsItsMarkAndTheItem) {
 
 TEST_F(KeepAsideTest, PackageStaysWhereItsMarkCannotBeMade) {
     buildTree(files, files, drive, {file("r/P.app/old", "1"), file("r/.w/P.app/new", "2")});
-    guard.expect(root + "/P.app", {});
+    seen.items[root + "/P.app"] = {};
     disk.faults().fail("move", work + "/P.app", EINVAL, 1);
     disk.faults().fail("makeDirectory", root + "/.marks", ENOSPC);
     controller->answer = false;

@@ -32,15 +32,17 @@ struct ProcessWorld : SyncWorld {
         parts->tools.filter().beginPass(parts->validator.load(), false);
         makeFolders(copies);
     }
-    ScanEntry& add(unsigned actionToPerform, unsigned type, const std::string& local, const std::string& onTheDrive) {
+    using Change = std::function<void(ScanEntry&)>;
+    void add(unsigned actionToPerform, unsigned type, const std::string& local, const std::string& onTheDrive,
+             const Change& change = {}) {
         ScanEntry entry;
         entry.actionToPerform = actionToPerform;
         entry.syncEntryType = type;
         entry.localPath = std::string(home) + "/" + local;
         entry.computerPath = entry.localPath;
         entry.pushkeyPath = std::string(copies) + "/" + onTheDrive;
+        if (change) change(entry);
         results.addEntryToScanResults(entry);
-        return const_cast<ScanEntry&>(results.entries().back());
     }
     bool process() { return processor.processScanResults(results); }
     [[nodiscard]] bool stamped() { return parts->lastSyncTime.get() == at(0); }
@@ -55,8 +57,8 @@ TEST(ProcessResults, noResultsAreASuccessAndStamp) {
 TEST(ProcessResults, aDisabledEntryAndOneWithoutActionChangeNothing) {
     ProcessWorld w;
     w.computer({file("a.txt", "a"), file("b.txt", "b")});
-    w.add(1, 1, "a.txt", "a.txt").syncActionEnabled = false;
-    w.add(1, 1, "b.txt", "b.txt").actionToPerform.reset();
+    w.add(1, 1, "a.txt", "a.txt", [](ScanEntry& entry) { entry.syncActionEnabled = false; });
+    w.add(1, 1, "b.txt", "b.txt", [](ScanEntry& entry) { entry.actionToPerform.reset(); });
     w.add(9, 1, "b.txt", "b.txt");
     EXPECT_TRUE(w.process());
     EXPECT_EQ(w.copiesTree(), Tree{});

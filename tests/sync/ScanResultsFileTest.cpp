@@ -42,7 +42,7 @@ TEST(ScanResultsFile, aNameThatIsNoTextIsWrittenWithReplacementCharacters) {
     ASSERT_TRUE(world.file.write(results).ok());
     const auto back = world.file.read();
     ASSERT_TRUE(back.ok());
-    EXPECT_EQ(back->entries().at(0).localPath, "/home/ada/\uFFFD%@");
+    EXPECT_EQ(back->entries()[0].localPath, "/home/ada/\uFFFD%@");
 }
 
 TEST(ScanResultsFile, whatIsMissingOrBrokenIsAnError) {

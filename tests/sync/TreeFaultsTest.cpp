@@ -1,6 +1,7 @@
 // Every file operation of a copy, a move and a commit fails once, with every kind of error and both answers of the
 // person. What must hold whatever happens: a file is whole, old or new; nothing partial stays; what did not arrive was
 // reported; the progress reaches its end.
+#include "SeenItems.h"
 #include "TreeFixture.h"
 
 #include "platform/fake/FakeWorkspace.h"
@@ -79,8 +80,8 @@ class TreeFaultsTest : public TreeFixture, public ::testing::WithParamInterface<
         computer({file("F/a", sourceContent), file("F/new/b", sourceContent), file("F/P.app/in/c", sourceContent),
                   file("F/z", sourceContent), link("F/link", "a")});
         buildTree(files, files, root, {file("F/z", "old"), file("F/P.app/old", "old"), folder(".w")});
-        guard.expect(root + "/F/z", {});
-        guard.expect(root + "/F/P.app", {});
+        seen.items[root + "/F/z"] = {};
+        seen.items[root + "/F/P.app"] = {};
     }
     // Content at every final path is whole.
     void check() {
@@ -108,7 +109,8 @@ class TreeFaultsTest : public TreeFixture, public ::testing::WithParamInterface<
     FakeWorkspace workspace;
     KeepAside keep{drive, {files, clock, [] { return true; }, [](const std::string&) {}}};
     BesideNames besides{files, root, root + "/.marks", [](const std::string&) {}};
-    CommitGuard guard{root, work, {keep, besides, nullptr, [](const std::string&) {}}};
+    SeenItems seen;
+    CommitGuard guard{root, work, {keep, besides, nullptr, [](const std::string&) {}, {}, nullptr, seen.answer()}};
     std::optional<TreeOperations> operations; // made once the services are complete
     Lines left;
 };

@@ -1,4 +1,5 @@
 // The tree operations, work folders and safeguards on real folders, through the adapters.
+#include "SeenItems.h"
 #include "TreeFixture.h"
 
 #include "platform/fake/FakeWorkspace.h"
@@ -61,7 +62,8 @@ class TreeRealTest : public ::testing::Test {
                         {files, files, clock, [this] { return files.flushVolume(drive.path()); }, "boot", note}};
     KeepAside keep{drive.path(), {files, clock, [] { return true; }, note}};
     BesideNames besides{files, root, work + ".replaced", note};
-    CommitGuard guard{root, work, {keep, besides, &journal, note}};
+    SeenItems seen;
+    CommitGuard guard{root, work, {keep, besides, &journal, note, {}, nullptr, seen.answer()}};
     TreeOperations::Services services{files, copier, volumes, filter, log};
     std::optional<TreeOperations> tree;
     std::optional<WorkFolders> folders;
@@ -88,7 +90,7 @@ TEST_F(TreeRealTest, NewTreeArrivesWithContentDatesAndLinks) {
 TEST_F(TreeRealTest, EditedFilesReplaceOldOnesAndStrangersAreKept) {
     buildTree(files, files, home.path(), {file("a", "new"), file("P.rtfd/x", "new")});
     buildTree(files, files, root, {file("a", "old", Date::fromSeconds(1000)), file("P.rtfd/y", "old")});
-    guard.expect(root + "/P.rtfd", {});
+    seen.items[root + "/P.rtfd"] = {};
     EXPECT_TRUE(tree->copyPathOntoPath(home / "a", work + "/a", true, reporter.get()));
     EXPECT_TRUE(tree->copyPathOntoPath(home / "P.rtfd", work + "/P.rtfd", true, reporter.get()));
     EXPECT_TRUE(folders->processTempFolders());

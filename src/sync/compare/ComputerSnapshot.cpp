@@ -3,44 +3,27 @@
 #include "base/Paths.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace vt {
-
-namespace {
-
-// A name's place is its block's number times 64 KiB plus its place in the block; no name is longer than a block.
-constexpr std::uint32_t blockSize = 1U << 16U;
-
-} // namespace
 
 ComputerSnapshot::ComputerSnapshot(FileService& files, ClosedFolder closed, std::function<bool()> cancelled)
     : _files(files), _closed(std::move(closed)), _cancelled(std::move(cancelled)) {}
 
 ComputerSnapshot::Index ComputerSnapshot::append(std::string_view name, const FileAttributes& attributes) {
-    const std::string_view kept = name.substr(0, std::min<std::size_t>(name.size(), blockSize - 1));
-    const auto length = static_cast<std::uint32_t>(kept.size());
-    if (_arena.empty() || _arenaUsed + length > blockSize) {
-        _arena.push_back(std::make_unique_for_overwrite<char[]>(blockSize));
-        _arenaUsed = 0;
-    }
-    std::memcpy(_arena.back().get() + _arenaUsed, kept.data(), length);
     Entry entry;
-    entry.nameStart = static_cast<std::uint32_t>(_arena.size() - 1) * blockSize + _arenaUsed;
-    entry.nameLength = static_cast<std::uint16_t>(length);
+    entry.nameStart = _names.add(name);
+    entry.nameLength = NameArena::lengthOf(name);
     entry.kind = attributes.kind;
     entry.modified = attributes.modified.nanoseconds();
     entry.changed = attributes.statusChanged.nanoseconds();
     entry.size = attributes.isDirectory() ? 0 : attributes.size;
-    _arenaUsed += length;
     _entries.push_back(entry);
     return static_cast<Index>(_entries.size() - 1);
 }
 
 std::string_view ComputerSnapshot::name(Index index) const {
-    const Entry& entry = _entries[index];
-    return {_arena[entry.nameStart / blockSize].get() + entry.nameStart % blockSize, entry.nameLength};
+    return _names.at(_entries[index].nameStart, _entries[index].nameLength);
 }
 
 FileAttributes ComputerSnapshot::attributes(Index index) const {

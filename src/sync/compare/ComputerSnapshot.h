@@ -5,12 +5,12 @@
 #pragma once
 
 #include "platform/FileService.h"
+#include "sync/compare/NameArena.h"
 #include "sync/tree/TreeSizes.h"
 
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -71,8 +71,7 @@ class ComputerSnapshot {
     ClosedFolder _closed;
     std::function<bool()> _cancelled;
     std::deque<Entry> _entries; // grows without moving
-    std::vector<std::unique_ptr<char[]>> _arena;
-    std::uint32_t _arenaUsed = 0; // of the last block
+    NameArena _names;
     bool _truncated = false;
 };
 

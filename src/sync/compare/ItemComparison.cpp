@@ -42,7 +42,11 @@ std::string shown(const std::string& path) {
 
 ItemComparison::ItemComparison(Services services, NameRule rule, std::optional<Date> lastSync)
     : _services(services), _rule(rule), _lastSync(lastSync), _driveWork(services.paths.driveWork()),
-      _localWork(services.paths.localWork()) {}
+      _localWork(services.paths.localWork()) {
+    const ScanRoots roots{services.paths.target(), _driveWork, _localWork};
+    _services.results.beginPass(roots, rule);
+    _owedEntries.setRoots(roots);
+}
 
 bool ItemComparison::syncThreadSyncItem(const std::string& itemPath, Index local) {
     const Item item{itemPath, _services.paths.local(itemPath), _services.paths.drive(itemPath)};
@@ -134,11 +138,11 @@ ItemComparison::Answer ItemComparison::compare(const Item& item, Index local, co
 }
 
 ItemComparison::Answer ItemComparison::onlyOnComputer(const Item& item, Index local) {
-    ScanEntry entry = entryFor(item, local, entrytype::onlyOnComputer, action::toDrive);
+    const ScanEntry entry = entryFor(item, local, entrytype::onlyOnComputer, action::toDrive);
     if (_services.log.debugEnabled())
         _services.log.debugLine("-\n-: copying local: \"%@\"\n-:   to Pushkey: \"%@\"",
                                 shown(workPath(_localWork, item.drive)), shown(item.drive));
-    return add(std::move(entry)) ? Answer::yes : Answer::no;
+    return add(entry) ? Answer::yes : Answer::no;
 }
 
 ItemComparison::Answer ItemComparison::compareFiles(const Item& item, Index local, const FileAttributes& drive) {
@@ -166,7 +170,7 @@ ItemComparison::Answer ItemComparison::decide(const Item& item, Index local, con
         const bool isItsCopy =
             _services.recent != nullptr && drive.size == known.size && _services.recent->isCopyOf(item.drive, known);
         if (replaced || _services.owed.wants(item.local, known, driveDate, isItsCopy))
-            _owedEntries.push_back(
+            _owedEntries.add(
                 complete(entryFor(item, local, replaced.value_or(entrytype::changedOnOneSide), action::toDrive)));
         else
             _services.progress.accumulateSkipPresentData(_services.snapshot.estimate(local));
@@ -189,7 +193,7 @@ ItemComparison::Answer ItemComparison::decide(const Item& item, Index local, con
         entry.localPath = workPath(_localWork, item.drive);
         entry.pushkeyPath = item.drive;
     }
-    return add(std::move(entry)) ? Answer::yes : Answer::no;
+    return add(entry) ? Answer::yes : Answer::no;
 }
 
 std::optional<unsigned> ItemComparison::replacedType(const Item& item, const FileAttributes& local,
@@ -217,16 +221,16 @@ ScanEntry ItemComparison::entryFor(const Item& item, Index local, unsigned type,
     return entry;
 }
 
-bool ItemComparison::add(ScanEntry entry) {
-    const std::string local = entry.computerPath;
+bool ItemComparison::add(const ScanEntry& entry) {
     // Two sync items that overlap, or two names that are one on the drive: the first one is carried out.
-    if (!_services.results.addUnlessCovered(std::move(entry), _rule) && !_rule.caseSensitive())
-        _services.log.logLine("\"%@\" is left out: the drive already gets an item of that name.", shown(local));
+    if (!_services.results.addUnlessCovered(entry) && !_rule.caseSensitive())
+        _services.log.logLine("\"%@\" is left out: the drive already gets an item of that name.",
+                              shown(entry.computerPath));
     return true;
 }
 
 void ItemComparison::addOwedEntries() {
-    for (ScanEntry& entry : _owedEntries) add(std::move(entry));
+    for (CompactEntries::Index i = 0; i < _owedEntries.size(); ++i) add(_owedEntries.at(i));
     _owedEntries.clear();
 }
 

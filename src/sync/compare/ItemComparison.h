@@ -87,7 +87,7 @@ class ItemComparison {
     [[nodiscard]] Date newestOnDrive(const std::string& package, const FileAttributes& attributes);
     [[nodiscard]] std::string workPath(const std::string& work, const std::string& drive) const;
     [[nodiscard]] ScanEntry entryFor(const Item& item, Index local, unsigned type, unsigned action) const;
-    bool add(ScanEntry entry);
+    bool add(const ScanEntry& entry);
     void closingLines(const Item& item, bool result) const;
 
     Services _services;
@@ -95,7 +95,7 @@ class ItemComparison {
     std::optional<Date> _lastSync;
     std::string _driveWork;
     std::string _localWork;
-    std::vector<ScanEntry> _owedEntries;
+    CompactEntries _owedEntries;
     bool _driveGone = false;
 };
 

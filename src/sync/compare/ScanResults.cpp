@@ -1,99 +1,96 @@
 #include "sync/compare/ScanResults.h"
 
 #include "base/Paths.h"
-#include "config/utilities/TypedGetters.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <utility>
 
 namespace vt {
 
 namespace {
-
-std::string textOr(const Value::Dictionary& dictionary, const char* key) {
-    const std::string* text = stringForKey(dictionary, key);
-    return text != nullptr ? *text : std::string();
+constexpr std::size_t fewestSlots = 64; // a power of two, as every larger number of them
 }
 
-std::optional<std::int64_t> integerFor(const Value::Dictionary& dictionary, const char* key) {
-    const Value* number = numberForKey(dictionary, key);
-    if (number == nullptr) return std::nullopt;
-    return number->integerValue();
+void ScanResults::beginPass(ScanRoots roots, NameRule rule) {
+    clearScanResults();
+    _entries.setRoots(std::move(roots));
+    _rule = rule;
 }
 
-} // namespace
-
-Value::Dictionary ScanEntry::toValue() const {
-    Value::Dictionary entry{{"syncActionEnabled", syncActionEnabled},
-                            {"localPath", localPath},
-                            {"pushkeyPath", pushkeyPath},
-                            {"syncEntryType", static_cast<std::int64_t>(syncEntryType)}};
-    if (localFileModDate) entry["localFileModDate"] = *localFileModDate;
-    if (localFileSize) entry["localFileSize"] = *localFileSize;
-    if (pushkeyFileModDate) entry["pushkeyFileModDate"] = *pushkeyFileModDate;
-    if (pushkeyFileSize) entry["pushkeyFileSize"] = *pushkeyFileSize;
-    if (pushkeyFileBackupDate) entry["pushkeyFileBackupDate"] = *pushkeyFileBackupDate;
-    if (actionToPerform) entry["actionToPerform"] = static_cast<std::int64_t>(*actionToPerform);
-    if (trueDelete) entry["trueDelete"] = *trueDelete;
-    return entry;
-}
-
-ScanEntry ScanEntry::fromValue(const Value::Dictionary& dictionary) {
-    ScanEntry entry;
-    entry.syncActionEnabled = boolForKey(dictionary, "syncActionEnabled");
-    entry.localPath = textOr(dictionary, "localPath");
-    entry.pushkeyPath = textOr(dictionary, "pushkeyPath");
-    entry.localFileModDate = dateForKey(dictionary, "localFileModDate");
-    entry.localFileSize = integerFor(dictionary, "localFileSize");
-    entry.pushkeyFileModDate = dateForKey(dictionary, "pushkeyFileModDate");
-    entry.pushkeyFileSize = integerFor(dictionary, "pushkeyFileSize");
-    entry.pushkeyFileBackupDate = dateForKey(dictionary, "pushkeyFileBackupDate");
-    entry.syncEntryType = static_cast<unsigned>(integerFor(dictionary, "syncEntryType").value_or(0));
-    if (const auto action = integerFor(dictionary, "actionToPerform"))
-        entry.actionToPerform = static_cast<unsigned>(*action);
-    if (const std::string* marker = stringForKey(dictionary, "trueDelete")) entry.trueDelete = *marker;
-    return entry;
-}
-
-bool ScanResults::addEntryToScanResults(ScanEntry entry) {
-    _entries.push_back(std::move(entry));
+bool ScanResults::addEntryToScanResults(const ScanEntry& entry) {
+    _entries.add(entry);
     return true;
 }
 
-bool ScanResults::addUnlessCovered(ScanEntry entry, const NameRule& rule) {
-    const std::string target = rule.key(entry.drivePath);
-    for (std::string above = target;; above = paths::parent(above)) {
-        if (_targets.contains(above)) return false;
-        if (above.empty() || above == "/") break;
+std::size_t ScanResults::slotFor(const std::string& key) const {
+    std::size_t slot = std::hash<std::string>{}(key) & (_slots.size() - 1);
+    while (_slots[slot] != 0 && _rule.key(_entries.drivePath(_slots[slot] - 1)) != key)
+        slot = (slot + 1) & (_slots.size() - 1);
+    return slot;
+}
+
+void ScanResults::growSlots() {
+    const std::vector<Index> before =
+        std::exchange(_slots, std::vector<Index>(std::max(fewestSlots, _slots.size() * 2)));
+    for (const Index taken : before)
+        if (taken != 0) _slots[slotFor(_rule.key(_entries.drivePath(taken - 1)))] = taken;
+}
+
+void ScanResults::note(const std::string& key, Index index) {
+    if ((_noted + 1) * 5 > _slots.size() * 4) growSlots();
+    _slots[slotFor(key)] = index + 1;
+    ++_noted;
+}
+
+bool ScanResults::addUnlessCovered(const ScanEntry& entry) {
+    const std::string target = _rule.key(entry.drivePath);
+    if (!_slots.empty() && _slots[slotFor(target)] != 0) return false;
+    if (!_folders.empty())
+        for (std::string above = paths::parent(target); !above.empty() && above != "/"; above = paths::parent(above))
+            if (_folders.contains(above)) return false;
+    if (_above.contains(target)) {
+        const std::string below = target + "/";
+        for (Index i = 0; i < _entries.size(); ++i)
+            if (_rule.key(_entries.drivePath(i)).starts_with(below)) _entries.disable(i);
     }
-    const std::string below = target + "/";
-    const auto inner = _targets.lower_bound(below);
-    if (inner != _targets.end() && inner->starts_with(below))
-        for (ScanEntry& other : _entries)
-            if (rule.key(other.drivePath).starts_with(below)) other.syncActionEnabled = false;
-    _targets.insert(target);
-    return addEntryToScanResults(std::move(entry));
+    _entries.add(entry);
+    note(target, static_cast<Index>(_entries.size() - 1));
+    if (entry.package) _folders.insert(target);
+    if (_entries.lastBeganFolder())
+        for (std::string above = paths::parent(target); !above.empty() && above != "/"; above = paths::parent(above))
+            if (!_above.insert(above).second) break;
+    return true;
 }
 
-bool ScanResults::replaceEntryFromScanResultsForLocalPath(const std::string& localPath, ScanEntry entry) {
-    const auto found = std::find_if(_entries.begin(), _entries.end(),
-                                    [&](const ScanEntry& other) { return other.localPath == localPath; });
-    if (found == _entries.end()) return false;
-    *found = std::move(entry);
-    return true;
+std::optional<ScanEntry> ScanResults::entryForDrivePath(const std::string& path) const {
+    if (_slots.empty()) return std::nullopt;
+    const Index taken = _slots[slotFor(_rule.key(path))];
+    return taken == 0 ? std::nullopt : std::optional(_entries.at(taken - 1));
+}
+
+bool ScanResults::replaceEntryFromScanResultsForLocalPath(const std::string& localPath, const ScanEntry& entry) {
+    for (Index i = 0; i < _entries.size(); ++i) {
+        if (_entries.at(i).localPath != localPath) continue;
+        _entries.replace(i, entry);
+        return true;
+    }
+    return false;
 }
 
 void ScanResults::clearScanResults() {
     _entries.clear();
-    _entries.shrink_to_fit();
-    _targets.clear();
+    _slots = {};
+    _noted = 0;
+    _folders = {};
+    _above = {};
 }
 
 Value::Dictionary ScanResults::toValue() const {
     Value::Dictionary results;
-    for (std::size_t i = 0; i < _entries.size(); ++i) results[std::to_string(i)] = _entries[i].toValue();
-    if (!_entries.empty()) results["numEntries"] = static_cast<std::uint64_t>(_entries.size());
+    for (Index i = 0; i < _entries.size(); ++i) results[std::to_string(i)] = _entries.at(i).toValue();
+    if (_entries.size() > 0) results["numEntries"] = static_cast<std::uint64_t>(_entries.size());
     return results;
 }
 

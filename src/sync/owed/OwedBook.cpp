@@ -40,10 +40,11 @@ Date OwedBook::coveredThrough() const {
 }
 
 bool OwedBook::writeMarks(const ScanResults& results, const PassTally& tally) {
-    for (const ScanEntry& entry : results.entries())
-        if (isCopy(entry)) _record.owe(entry.computerPath, OwedReason::staged);
     for (const auto& [path, reason] : tally.leftOut) _record.owe(path, reason);
-    const auto saved = _record.save();
+    const auto saved = _record.save([&](const auto& each) {
+        for (const ScanEntry& entry : results.entries())
+            if (isCopy(entry)) each(entry.computerPath);
+    });
     if (!saved) _logLine(localisedText("What the drive is owed could not be noted - %@.", {saved.error().describe()}));
     return saved.ok();
 }

@@ -52,14 +52,23 @@ bool OwedRecord::read(std::string_view text) {
         return first;
     };
     if (line() != firstLine || line() != "drive " + recordtext::escaped(_driveKey)) return false;
-    while (!text.empty()) readLine(line());
+    std::string folder;
+    while (!text.empty()) readLine(line(), folder);
     return true;
 }
 
-void OwedRecord::readLine(std::string_view line) {
+void OwedRecord::readLine(std::string_view line, std::string& folder) {
     const std::string_view kind = recordtext::nextWord(line);
     if (kind == "filter") {
         _filter = recordtext::unescaped(line);
+        return;
+    }
+    if (kind == "in") {
+        folder = recordtext::unescaped(line);
+        return;
+    }
+    if (kind == "staged") {
+        _owed.emplace(folder + "/" + recordtext::unescaped(line), OwedReason::staged);
         return;
     }
     const std::string_view detail = recordtext::nextWord(line);
@@ -75,7 +84,7 @@ void OwedRecord::readLine(std::string_view line) {
     }
 }
 
-std::string OwedRecord::text() const {
+std::string OwedRecord::text(const MorePaths& staged) const {
     std::string text(firstLine);
     text += "\ndrive " + recordtext::escaped(_driveKey) + "\n";
     if (!_filter.empty()) text += "filter " + recordtext::escaped(_filter) + "\n";
@@ -86,17 +95,29 @@ std::string OwedRecord::text() const {
             .append(reasonNames[static_cast<std::size_t>(reason)])
             .append(" ")
             .append(recordtext::escaped(path)) += "\n";
+    if (!staged) return text;
+    // What lies in one folder comes in a row: the folder is written once.
+    std::string folder;
+    staged([&](const std::string& path) {
+        const auto slash = path.rfind('/');
+        if (_owed.contains(path) || slash == std::string::npos) return;
+        if (path.compare(0, slash, folder) != 0 || folder.empty()) {
+            folder = path.substr(0, slash);
+            text.append("in ").append(recordtext::escaped(folder)) += "\n";
+        }
+        text.append("staged ").append(recordtext::escaped(path.substr(slash + 1))) += "\n";
+    });
     return text;
 }
 
-Result<void> OwedRecord::save() {
+Result<void> OwedRecord::save(const MorePaths& staged) {
     if (!_files.attributes(_path)) {
         // The state home itself may be missing on a fresh account.
         for (const std::string& folder :
              {paths::parent(paths::parent(_folder)), paths::parent(_folder), _folder, paths::parent(_path)})
             if (!_files.attributes(folder)) _files.makeDirectory(folder, privateFolder).ignore();
     }
-    auto written = _contents.writeAtomically(_path, text(), privateFile);
+    auto written = _contents.writeAtomically(_path, text(staged), privateFile);
     if (written) _exists = true;
     return written;
 }

@@ -8,6 +8,7 @@
 #include "platform/FileService.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -26,7 +27,9 @@ class OwedRecord {
     [[nodiscard]] static std::string stateName(std::string_view driveKey);
 
     void load();
-    [[nodiscard]] Result<void> save();
+    // Paths that are owed besides, as staged; they reach the file without staying in memory.
+    using MorePaths = std::function<void(const std::function<void(const std::string& path)>& each)>;
+    [[nodiscard]] Result<void> save(const MorePaths& staged = {});
     [[nodiscard]] bool exists() const { return _exists; }
     [[nodiscard]] const std::string& path() const { return _path; }
 
@@ -52,9 +55,9 @@ class OwedRecord {
     [[nodiscard]] const std::map<std::string, OwedReason, std::less<>>& owed() const { return _owed; }
 
   private:
-    [[nodiscard]] std::string text() const;
+    [[nodiscard]] std::string text(const MorePaths& staged) const;
     [[nodiscard]] bool read(std::string_view text);
-    void readLine(std::string_view line);
+    void readLine(std::string_view line, std::string& folder); // `folder`: of the "staged" lines that follow
 
     FileService& _files;
     FileContents& _contents;

@@ -4,27 +4,30 @@
 #include "base/Text.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace vt {
 
 // In the order of the decisions, but what failed before goes first: the answer of the pass is that of its last step,
 // and a path that fails every time must not hold up all others for ever.
-std::vector<const ScanEntry*> ScanResultsProcessor::inOrder(const ScanResults& results) const {
-    std::vector<const ScanEntry*> entries;
-    for (const ScanEntry& entry : results.entries()) entries.push_back(&entry);
-    std::stable_partition(entries.begin(), entries.end(),
-                          [this](const ScanEntry* entry) { return _services.knownToFail(entry->computerPath); });
+std::vector<ScanResults::Index> ScanResultsProcessor::inOrder(const ScanResults& results) const {
+    std::vector<ScanResults::Index> entries(results.numEntries());
+    std::iota(entries.begin(), entries.end(), 0U);
+    std::stable_partition(entries.begin(), entries.end(), [&](ScanResults::Index index) {
+        return _services.knownToFail(results.entries()[index].computerPath);
+    });
     return entries;
 }
 
 // A preview of the results is switched off in every controller, so the results are always carried out as they are.
 bool ScanResultsProcessor::processScanResults(const ScanResults& results) {
     bool result = true;
-    for (const ScanEntry* entry : inOrder(results)) {
+    for (const ScanResults::Index index : inOrder(results)) {
         if (_services.cancel.pending()) return result;
         // Each of the remaining steps would fail, and ask a person about it.
         if (_services.drive.isGone()) return false;
-        if (entry->syncActionEnabled && entry->actionToPerform) carryOut(*entry, result);
+        const ScanEntry entry = results.entries()[index];
+        if (entry.syncActionEnabled && entry.actionToPerform) carryOut(entry, result);
     }
     // A cancelled pass has not looked at everything, whatever it found.
     if (result && !_services.cancel.pending() && _services.beforeStamp())

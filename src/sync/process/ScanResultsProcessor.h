@@ -49,7 +49,7 @@ class ScanResultsProcessor {
     bool processScanResults(const ScanResults& results);
 
   private:
-    [[nodiscard]] std::vector<const ScanEntry*> inOrder(const ScanResults& results) const;
+    [[nodiscard]] std::vector<ScanResults::Index> inOrder(const ScanResults& results) const;
     void carryOut(const ScanEntry& entry, bool& result);
     [[nodiscard]] bool completesPackage(const ScanEntry& entry) const;
     void copyToDrive(const ScanEntry& entry, bool& result);

@@ -11,7 +11,6 @@ CommitGuard::CommitGuard(std::string target, std::string driveWork, Services ser
     : _target(std::move(target)), _driveWork(std::move(driveWork)), _services(std::move(services)) {}
 
 void CommitGuard::clear() {
-    _seen.clear();
     _incomplete.clear();
 }
 
@@ -39,16 +38,15 @@ bool CommitGuard::isAsSeen(const FileAttributes& staged, const std::string& dest
         if (const auto written = _services.journal->dateGiven(destination))
             return isDateGiven(present.modified, *written) && !isLater(present, staged);
     }
-    const auto found = _seen.find(destination);
-    if (found == _seen.end()) {
+    const auto seen = _services.seen ? _services.seen(destination) : std::nullopt;
+    if (!seen) {
         _services.logLine(localisedText("\"%@\" appeared on the drive while it was synchronized.",
                                         {paths::displayText(destination)}));
         return false;
     }
-    const SeenOnDrive& seen = found->second;
-    if (seen.changedOnBothSides) return false;
-    const bool same = seen.modified.value_or(present.modified) == present.modified &&
-                      seen.size.value_or(present.size) == present.size;
+    if (seen->changedOnBothSides) return false;
+    const bool same = seen->modified.value_or(present.modified) == present.modified &&
+                      seen->size.value_or(present.size) == present.size;
     if (!same)
         _services.logLine(
             localisedText("\"%@\" changed on the drive while it was synchronized.", {paths::displayText(destination)}));

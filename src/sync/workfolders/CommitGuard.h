@@ -13,7 +13,6 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <unordered_set>
 
 namespace vt {
@@ -36,15 +35,14 @@ class CommitGuard : public ReplacementGuard, public StagingWatch {
         // A whole file was copied that will stand at `path`; may be empty.
         std::function<void(const std::string& path, const FileAttributes& source)> wasCopied = {};
         const DestinationCapabilities* destination = nullptr; // null: its dates are exact
+        // What the comparison saw at `path`, the final place on the drive: it may be replaced by a newer computer file
+        // if it is still so. What it did not see there is set aside. Empty: it saw nothing anywhere.
+        std::function<std::optional<SeenOnDrive>(const std::string& path)> seen = {};
     };
     CommitGuard(std::string target, std::string driveWork, Services services);
 
     // At the start of a pass.
     void clear();
-    // What lies at `path`, the final place on the drive, may be replaced by a newer computer file if it is still so.
-    // Whatever is replaced without having been announced is set aside.
-    void expect(const std::string& path, const SeenOnDrive& seen) { _seen[path] = seen; }
-
     bool aboutToReplace(const std::string& staged, const FileAttributes& stagedAttributes,
                         const std::string& destination, const FileAttributes& present) override;
     std::optional<std::string> keep(const std::string& from, const std::string& destination) override;
@@ -69,7 +67,6 @@ class CommitGuard : public ReplacementGuard, public StagingWatch {
     std::string _target;
     std::string _driveWork;
     Services _services;
-    std::unordered_map<std::string, SeenOnDrive> _seen;
     std::unordered_set<std::string> _incomplete; // staged paths
 };
 
