@@ -159,6 +159,7 @@ bool SyncPass::compareItems(const std::vector<ChosenItem>& items) {
         }
     }
     comparison.addOwedEntries();
+    comparison.logDateShift();
     _walked = !_services.cancel.pending();
     return true;
 }

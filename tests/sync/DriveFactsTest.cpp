@@ -57,6 +57,42 @@ TEST(DriveFacts, aVolumeThatGoesDuringAPassKeepsItsPlace) {
     EXPECT_FALSE(world.exists("/media/stick/media"));
 }
 
+struct ShiftRow {
+    const char* name;
+    std::int64_t granularity; // of the drive, nanoseconds
+    int shift;                // of three files, minutes
+    int fourth;               // of another one
+    bool told;
+};
+class DatesOfALocalTimeDrive : public testing::TestWithParam<ShiftRow> {};
+TEST_P(DatesOfALocalTimeDrive, areToldWhenAllAreShifted) {
+    const ShiftRow& row = GetParam();
+    FakeMount volume;
+    volume.capabilities.dateGranularity = row.granularity;
+    SyncWorld world({"~/Music"}, volume);
+    int shift = row.shift;
+    for (const char* name : {"Music/a.mp3", "Music/b.mp3", "Music/c.mp3", "Music/d.mp3"}) {
+        if (std::string(name) == "Music/d.mp3") shift = row.fourth;
+        world.computer({file(name, "x", at(-600))});
+        world.onDrive({file(name, "x", at(-600 + shift))});
+    }
+    world.finishedSyncAt(at(-1));
+    world.sync();
+    const std::string line = "The dates on \"/media/stick\" differ from the computer's by " +
+                             std::to_string(row.shift) +
+                             " minutes throughout: the drive keeps local time, and a clock or time zone has changed.";
+    EXPECT_EQ(world.host.has(line), row.told);
+}
+constexpr std::int64_t twoSeconds = 2'000'000'000;
+INSTANTIATE_TEST_SUITE_P(Rows, DatesOfALocalTimeDrive,
+                         testing::Values(ShiftRow{"anHourLater", twoSeconds, 60, 60, true},
+                                         ShiftRow{"fiveHoursAndThreeQuartersEarlier", twoSeconds, -345, -345, true},
+                                         ShiftRow{"oneIsDifferent", twoSeconds, 60, 0, false},
+                                         ShiftRow{"noWholeQuarters", twoSeconds, 50, 50, false},
+                                         ShiftRow{"notShifted", twoSeconds, 0, 0, false},
+                                         ShiftRow{"exactDates", 1, 60, 60, false}),
+                         [](const auto& row) { return row.param.name; });
+
 TEST(DriveFacts, theFilterAnswersForSingleItems) {
     SyncWorld world;
     world.computer({file("Music/a.mp3", "a", at(-10)), file("Music/b.exe", "b", at(-10))});

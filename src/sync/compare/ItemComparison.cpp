@@ -42,7 +42,7 @@ std::string shown(const std::string& path) {
 
 ItemComparison::ItemComparison(Services services, NameRule rule, std::optional<Date> lastSync)
     : _services(services), _rule(rule), _lastSync(lastSync), _driveWork(services.paths.driveWork()),
-      _localWork(services.paths.localWork()) {
+      _localWork(services.paths.localWork()), _dateShift(services.dateGranularity) {
     const ScanRoots roots{services.paths.target(), _driveWork, _localWork};
     _services.results.beginPass(roots, rule);
     _owedEntries.setRoots(roots);
@@ -147,6 +147,8 @@ ItemComparison::Answer ItemComparison::onlyOnComputer(const Item& item, Index lo
 
 ItemComparison::Answer ItemComparison::compareFiles(const Item& item, Index local, const FileAttributes& drive) {
     const bool package = drive.isDirectory();
+    if (!package && drive.size == _services.snapshot.size(local))
+        _dateShift.note(_services.snapshot.modified(local), drive.modified);
     return decide(item, local, drive, _services.snapshot.newestFileDate(local),
                   package ? newestOnDrive(item.drive, drive) : drive.modified);
 }
@@ -232,6 +234,13 @@ bool ItemComparison::add(const ScanEntry& entry) {
 void ItemComparison::addOwedEntries() {
     for (CompactEntries::Index i = 0; i < _owedEntries.size(); ++i) add(_owedEntries.at(i));
     _owedEntries.clear();
+}
+
+void ItemComparison::logDateShift() {
+    if (const auto minutes = _dateShift.minutes())
+        _services.log.logLine("The dates on \"%1$@\" differ from the computer's by %2$d minutes throughout: the drive "
+                              "keeps local time, and a clock or time zone has changed.",
+                              shown(_services.paths.target()), *minutes);
 }
 
 std::string ItemComparison::workPath(const std::string& work, const std::string& drive) const {

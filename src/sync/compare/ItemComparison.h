@@ -8,6 +8,7 @@
 #include "sync/RefusedNames.h"
 #include "sync/SyncPaths.h"
 #include "sync/compare/ComputerSnapshot.h"
+#include "sync/compare/DateShift.h"
 #include "sync/compare/DriveFolder.h"
 #include "sync/compare/PassFilter.h"
 #include "sync/compare/PassTally.h"
@@ -50,6 +51,8 @@ class ItemComparison {
     bool syncThreadSyncItem(const std::string& item, ComputerSnapshot::Index local);
     // The entries of files that the dates call present although the drive is owed them; after the walk.
     void addOwedEntries();
+    // One line where the drive's dates all differ from the computer's by the same whole time; after the walk.
+    void logDateShift();
 
   private:
     using Index = ComputerSnapshot::Index;
@@ -96,6 +99,7 @@ class ItemComparison {
     std::string _driveWork;
     std::string _localWork;
     CompactEntries _owedEntries;
+    DateShift _dateShift;
     bool _driveGone = false;
 };
 
