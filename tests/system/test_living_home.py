@@ -24,6 +24,11 @@ QUIET = 10.0  # seconds between the last change and its sync
 SLACK = 1.5  # until a change was told of, and until the drive's worker has taken its task
 
 
+def let_pass(seconds):
+    """A pause of the people in the story; its length decides nothing."""
+    time.sleep(seconds)
+
+
 def content_of(root):
     """Date and content of every file below `root`. No links: they are only copied as part of a new folder."""
     found = {}
@@ -100,7 +105,7 @@ class LivingHome(SystemTest):
         end = time.monotonic() + SECONDS
         while time.monotonic() < end:
             self.world.ctl("start", self.drive, check=False)  # refused while one runs
-            time.sleep(self.dice.random() * 0.5)
+            let_pass(self.dice.random() * 0.5)
         self.stop_writing()
         begun = time.monotonic()
         before = self.syncs()
@@ -116,10 +121,10 @@ class LivingHome(SystemTest):
         while time.monotonic() < end:
             self.world.ctl("start", self.drive, check=False)
             if self.dice.random() < 0.5:
-                time.sleep(self.dice.random() * 2)
+                let_pass(self.dice.random() * 2)
             self.world.stop(signal.SIGKILL)
             kills += 1
-            time.sleep(self.dice.random() * 2)
+            let_pass(self.dice.random() * 2)
             self.world.start()
         self.stop_writing()
         if self.dice.random() < 0.5:  # the last edits were made while no agent ran

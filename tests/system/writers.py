@@ -8,7 +8,7 @@ import os
 import random
 import signal
 import sys
-import time
+import threading
 
 SUFFIXES = ("txt", "jpg", "mp3", "pdf")
 
@@ -19,22 +19,21 @@ class Writer:
         self.mark = str(seed)
         self.folders = folders
         self.made = 0
-        self.running = True
+        self.told_to_stop = threading.Event()
         signal.signal(signal.SIGTERM, self.stop)
 
     def stop(self, *_):
-        self.running = False
+        self.told_to_stop.set()
 
     def run(self):
         acts = (self.create, self.create, self.overwrite, self.overwrite, self.append, self.append, self.save_safely,
                 self.in_small_pieces, self.shorten, self.rename, self.remove, self.grow_a_tree, self.move_a_tree,
                 self.replace_a_tree, self.link)
-        while self.running:
+        while not self.told_to_stop.wait(self.dice.random() * 0.008):
             try:
                 self.dice.choice(acts)(self.dice.choice(self.folders))
             except OSError:
                 pass  # somebody else was quicker
-            time.sleep(self.dice.random() * 0.008)
 
     def content(self):
         return self.dice.randbytes(self.dice.choice((0, 1, 40, 700, 5_000, 5_000, 60_000)))
