@@ -107,7 +107,8 @@ class Behaviour(unittest.TestCase):
         plain = load("check-behaviour").plain
         for name, expected in [("test_sync.Drive.isPulled", "Drive.isPulled"), ("Drive.isPulled", "Drive.isPulled"),
                                ("test_sync.All/Names.all/3", "Names.all"), ("test_sync.Names.all/utf8", "Names.all"),
-                               ("test_sync.Typed/0.holds", "Typed.holds")]:
+                               ("test_sync.Typed/0.holds", "Typed.holds"),
+                               ("test_sync.Typed.holds<vt::Fake>", "Typed.holds")]:
             with self.subTest(name):
                 self.assertEqual(plain(name), expected)
 
