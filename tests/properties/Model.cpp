@@ -13,10 +13,6 @@ std::string nameOf(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
 }
 
-bool endsIn(const std::string& text, const std::string& ending) {
-    return text.size() >= ending.size() && text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
-}
-
 std::int64_t roundedDown(std::int64_t date, std::int64_t step) {
     std::int64_t rest = date % step;
     if (rest < 0) rest += step;
@@ -51,6 +47,9 @@ class Pass {
     bool compareFolder(const std::string& local);
     void compareFiles(const std::string& local, const std::string& target);
     [[nodiscard]] bool isOwed(const std::string& local, std::int64_t localDate, std::int64_t driveDate) const;
+    [[nodiscard]] bool isKnownCopy(const std::string& local, const std::string& target) const;
+    [[nodiscard]] bool mayBeKnownCopy(const std::string& local, const std::string& target) const;
+    void noteCopy(const std::string& local, const std::string& target);
     void decide(Decision decision);
     void carryOut(const Decision& decision);
     void copyInto(Tree& staged, const std::string& local, const std::string& target);
@@ -66,9 +65,11 @@ class Pass {
     const Request& _request;
     Outcome _outcome;
     std::optional<std::int64_t> _covered;
+    std::int64_t _recentSince = 0;
     std::vector<Decision> _decisions;
     std::vector<Decision> _owedDecisions;
     std::set<std::string> _failed;
+    std::set<std::string> _perhapsKnown;
     bool _incomplete = false;
 };
 
@@ -85,11 +86,15 @@ std::vector<Pass::Choice> Pass::choose() const {
         if (kept.empty() || path.compare(0, kept.back().size(), kept.back()) != 0) kept.push_back(path);
     for (const auto& path : kept) {
         const std::string form = _user.shortForm(path);
+        // The innermost item that it lies in, else the first whose text it begins with.
+        const std::string* holder = nullptr;
         for (const auto& item : _user.list) {
             if (form.compare(0, item.size(), item) != 0) continue;
-            chosen.push_back({form, item});
-            break;
+            if (holder == nullptr) holder = &item;
+            if (!isAtOrBelow(form, item)) continue;
+            if (!isAtOrBelow(form, *holder) || item.size() >= holder->size()) holder = &item;
         }
+        if (holder != nullptr) chosen.push_back({form, *holder});
     }
     return chosen;
 }
@@ -105,6 +110,8 @@ Outcome Pass::run() {
     std::erase_if(_user.coveredThrough, [&](const auto& covered) {
         return std::find(_user.list.begin(), _user.list.end(), covered.first) == _user.list.end();
     });
+    _recentSince = _request.now - 2 * second;
+    for (const auto& [item, date] : _user.coveredThrough) _recentSince = std::min(_recentSince, date);
     for (const auto& choice : chosen) _outcome.size += sizeOf(_computer, _user.local(choice.path));
     for (const auto& choice : chosen) {
         const std::string local = _user.local(choice.path);
@@ -163,16 +170,21 @@ void Pass::compareFiles(const std::string& local, const std::string& target) {
     const std::int64_t theirs = newestDate(_before, target);
     const bool mineChanged = _user.lastSync && mine > *_user.lastSync;
     const bool theirsChanged = _user.lastSync && theirs > *_user.lastSync;
+    const bool completes =
+        _computer.at(local).kind == Kind::folder && mine >= theirs && mine - theirs < _user.granularity;
     if ((_user.lastSync && !mineChanged && !theirsChanged) || mine == theirs) {
-        const bool completes =
-            _computer.at(local).kind == Kind::folder && mine >= theirs && mine - theirs < _user.granularity;
-        if (isOwed(local, mine, theirs))
+        if (isOwed(local, mine, theirs)) {
+            if (mayBeKnownCopy(local, target)) {
+                _outcome.perhapsPresent += sizeOf(_computer, local);
+                if (_perhapsKnown.insert(local).second) _outcome.perhapsNotCopied += sizeOf(_computer, local);
+            }
             _owedDecisions.push_back({local, target, true, false, completes});
-        else
+        } else {
             _outcome.present += sizeOf(_computer, local);
+        }
         return;
     }
-    decide({local, target, mine > theirs, mineChanged && theirsChanged});
+    decide({local, target, mine > theirs, mineChanged && theirsChanged, completes});
 }
 
 bool Pass::isOwed(const std::string& local, std::int64_t localDate, std::int64_t driveDate) const {
@@ -185,9 +197,32 @@ bool Pass::isOwed(const std::string& local, std::int64_t localDate, std::int64_t
         return _computer.at(local).kind == Kind::folder &&
                std::any_of(_user.owed.begin(), _user.owed.end(),
                            [&](const auto& path) { return isAtOrBelow(path, local); });
+    if (localDate - driveDate <= _user.granularity && isKnownCopy(local, _user.onDrive(local))) return marked;
     if (!_covered || *_covered > _request.now || localDate > *_covered) return true;
     if (localDate - driveDate > _user.granularity && _computer.at(local).changed > *_covered) return true;
     return marked;
+}
+
+bool Pass::isKnownCopy(const std::string& local, const std::string& target) const {
+    const Item& mine = _computer.at(local);
+    const auto known = _user.recent.find(target);
+    return !_user.vague && known != _user.recent.end() && _before.at(target).content.size() == mine.content.size() &&
+           known->second == User::Version{mine.content.size(), mine.date, mine.changed};
+}
+
+bool Pass::mayBeKnownCopy(const std::string& local, const std::string& target) const {
+    const Item& mine = _computer.at(local);
+    const Item& theirs = _before.at(target);
+    return _user.vague && mine.kind == Kind::file && theirs.content == mine.content &&
+           mine.date - theirs.date <= _user.granularity;
+}
+
+void Pass::noteCopy(const std::string& local, const std::string& target) {
+    const Item& mine = _computer.at(local);
+    if (mine.kind == Kind::file && mine.date > _recentSince)
+        _user.recent[target] = {mine.content.size(), mine.date, mine.changed};
+    else
+        _user.recent.erase(target);
 }
 
 // What lies in or around something that is already to be copied is carried out once.
@@ -228,7 +263,10 @@ void Pass::carryOut(const Decision& decision) {
 void Pass::copyInto(Tree& staged, const std::string& local, const std::string& target) {
     if (!isPlainFolder(_computer, local)) {
         _outcome.copied += sizeOf(_computer, local);
-        if (!place(staged, local, target)) _failed.insert(local);
+        if (place(staged, local, target))
+            noteCopy(local, target);
+        else
+            _failed.insert(local);
         return;
     }
     Tree inside;
@@ -295,46 +333,6 @@ void Pass::remember(const std::vector<Choice>& chosen, bool walked) {
 
 } // namespace
 
-bool isPackage(const std::string& path) {
-    return endsIn(path, ".pages") || endsIn(path, ".app");
-}
-
-bool isPlainFolder(const Tree& tree, const std::string& path) {
-    const auto found = tree.find(path);
-    return found != tree.end() && found->second.kind == Kind::folder && !isPackage(path);
-}
-
-bool isAtOrBelow(const std::string& path, const std::string& folder) {
-    return path == folder ||
-           (path.size() > folder.size() && path.compare(0, folder.size(), folder) == 0 && path[folder.size()] == '/');
-}
-
-std::vector<std::string> childrenOf(const Tree& tree, const std::string& folder) {
-    std::vector<std::string> children;
-    const std::string below = folder + "/";
-    for (auto next = tree.lower_bound(below); next != tree.end() && next->first.compare(0, below.size(), below) == 0;
-         ++next)
-        if (next->first.find('/', below.size()) == std::string::npos) children.push_back(next->first);
-    return children;
-}
-
-std::uint64_t sizeOf(const Tree& tree, const std::string& path) {
-    std::uint64_t size = 0;
-    for (const auto& [other, item] : tree)
-        if (item.kind == Kind::file && isAtOrBelow(other, path)) size += (item.content.size() + 511) / 512 * 512;
-    return size;
-}
-
-std::int64_t newestDate(const Tree& tree, const std::string& path) {
-    const Item& own = tree.at(path);
-    std::optional<std::int64_t> newest;
-    if (own.kind == Kind::folder)
-        for (const auto& [other, item] : tree)
-            if (item.kind == Kind::file && isAtOrBelow(other, path))
-                newest = std::max(newest.value_or(item.date), item.date);
-    return newest.value_or(own.date);
-}
-
 std::string User::local(const std::string& item) const {
     return item[0] == '~' ? home + item.substr(1) : item;
 }
@@ -354,7 +352,7 @@ bool User::accepts(const Tree& computer, const std::string& path) const {
     if (name == ".Z_VT_W" || name == ".VantaroConfig") return false;
     if (name.compare(0, 5, ".d$f.") == 0 || name.compare(0, 5, ".d$d.") == 0) return false;
     if (isPlainFolder(computer, path)) return true;
-    return endsIn(name, ".txt") || endsIn(name, ".jpg") || endsIn(name, ".mp3") || endsIn(name, ".pages");
+    return name.ends_with(".txt") || name.ends_with(".jpg") || name.ends_with(".mp3") || name.ends_with(".pages");
 }
 
 void User::setList(std::vector<std::string> newList) {

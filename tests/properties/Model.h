@@ -23,6 +23,7 @@ struct Item {
 using Tree = std::map<std::string, Item>; // sorted by bytes, as folders are listed
 
 [[nodiscard]] bool isPackage(const std::string& path);
+[[nodiscard]] std::string unitOf(const std::string& path); // the package that it lies in, else the path itself
 [[nodiscard]] bool isPlainFolder(const Tree& tree, const std::string& path);
 [[nodiscard]] bool isAtOrBelow(const std::string& path, const std::string& folder);
 [[nodiscard]] std::vector<std::string> childrenOf(const Tree& tree, const std::string& folder); // paths
@@ -42,6 +43,14 @@ struct User {
     bool remembered = false; // a record of what is owed has been written
     std::set<std::string> owed;
     std::map<std::string, std::int64_t> coveredThrough; // by list item
+    // Files copied while they were new, by their place on the drive: coarse dates hide no later change of theirs.
+    struct Version {
+        std::size_t size = 0;
+        std::int64_t date = 0, changed = 0;
+        bool operator==(const Version&) const = default;
+    };
+    std::map<std::string, Version> recent;
+    bool vague = false; // after a sync that was not foreseen: `recent` may name too much or too little
 
     [[nodiscard]] std::string local(const std::string& item) const;
     [[nodiscard]] std::string shortForm(const std::string& path) const;
@@ -66,6 +75,9 @@ struct Outcome {
     std::uint64_t filtered = 0;
     std::uint64_t present = 0;
     std::uint64_t copied = 0;
+    // The drive has these already, and the computer may have remembered that: each time they are met, and once.
+    std::uint64_t perhapsPresent = 0;
+    std::uint64_t perhapsNotCopied = 0;
 };
 
 // Predicts the sync and moves the user's memory on.

@@ -75,6 +75,10 @@ std::string Stage::newContent(int size) {
     return content;
 }
 
+std::string Stage::newOwnContent(int size) {
+    return *_ownContents.insert(newContent(size)).first;
+}
+
 void Stage::clearWay(const std::string& path) {
     _world.files.remove(path, {}).ignore();
     std::string made = "/";
@@ -131,7 +135,7 @@ void Stage::change(Party& party, const Event& event) {
     const Date date = now.plusSeconds(event.minutes * 60.0 + event.size % 7);
     switch (event.step) {
     case Step::writeFile:
-        put(local, newContent(event.size), date);
+        put(local, newOwnContent(event.size), date);
         party.lastWritten = local;
         break;
     case Step::removeItem:
@@ -153,12 +157,18 @@ void Stage::change(Party& party, const Event& event) {
         break;
     }
     case Step::removeDriveItem:
-        _world.files.remove(copy, {}).ignore();
+    case Step::makeDriveFolder: {
+        const auto packageDate = dateOfPackageAt(copy);
+        if (event.step == Step::removeDriveItem) {
+            _world.files.remove(copy, {}).ignore();
+        } else {
+            clearWay(copy);
+            _world.files.makeDirectory(copy, 0755).ignore();
+        }
+        const auto left = dateOfPackageAt(copy);
+        party.backdated = party.backdated || (packageDate && left && *left < *packageDate);
         break;
-    case Step::makeDriveFolder:
-        clearWay(copy);
-        _world.files.makeDirectory(copy, 0755).ignore();
-        break;
+    }
     case Step::later:
         _world.clock.setNow(now.plusSeconds((1 + std::abs(event.minutes)) * 60.0 + 0.25));
         break;
@@ -180,6 +190,14 @@ void Stage::change(Party& party, const Event& event) {
     default:
         break;
     }
+}
+
+// The newest date in the copy of the package that the path lies in, if there is one.
+std::optional<std::int64_t> Stage::dateOfPackageAt(const std::string& path) {
+    const std::string package = model::unitOf(path);
+    const auto tree = treeOf({stick});
+    if (!model::isPackage(package) || !tree.contains(package)) return std::nullopt;
+    return model::newestDate(tree, package);
 }
 
 model::Tree Stage::treeOf(const std::vector<std::string>& roots) {
@@ -255,7 +273,7 @@ void Stage::carryOut(Party& party, const Event& event, Round& round) {
     case Step::syncWhileEdited:
         faults.before("copyFile", "", [&](const std::string&) {
             if (copies++ != event.other % 3) return;
-            put(path, newContent(event.size), _world.clock.now().plusSeconds(event.size % 3));
+            put(path, newOwnContent(event.size), _world.clock.now().plusSeconds(event.size % 3));
             round.exact = round.clean = false;
         });
         break;
@@ -307,7 +325,7 @@ std::string Stage::syncAndCheck(Party& party, const Event& event) {
         party.user = expectedUser;
         if (wrong.empty()) wrong = checkAgainstModel(party, round, expected);
     } else {
-        party.uncertain = true;
+        party.uncertain = party.user.vague = expectedUser.vague = true;
         if (round.success && round.clean && !round.request.paths) {
             const auto list = party.user.list;
             party.user = expectedUser;

@@ -7,6 +7,8 @@
 #include "support/SyncWorld.h"
 
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -48,20 +50,23 @@ class Stage {
     void put(const std::string& path, const std::string& content, Date date);
     void clearWay(const std::string& path);
     [[nodiscard]] std::string newContent(int size);
+    [[nodiscard]] std::string newOwnContent(int size);
     [[nodiscard]] std::string syncAndCheck(Party& party, const Event& event);
     void carryOut(Party& party, const Event& event, Round& round);
     [[nodiscard]] std::string checkAgainstModel(Party& party, const Round& round, const model::Outcome& expected);
     [[nodiscard]] static std::string compareTrees(const model::Tree& expected, const model::Tree& actual);
-    [[nodiscard]] static std::string nothingWasLost(const Round& round);
+    [[nodiscard]] std::string nothingWasLost(const Round& round) const;
     [[nodiscard]] static std::string everythingArrived(const Round& round);
     [[nodiscard]] static std::string nothingTemporary(const Party& party, const Round& round);
     [[nodiscard]] bool isPredictable(const Party& party, const Round& round) const;
+    [[nodiscard]] std::optional<std::int64_t> dateOfPackageAt(const std::string& path);
     [[nodiscard]] model::Tree treeOf(const std::vector<std::string>& roots);
     [[nodiscard]] std::string localPath(const Party& party, int path) const;
 
     SyncWorld _world;
     Party _parties[2];
     int _contents = 0;
+    std::set<std::string> _ownContents; // those that were written on a computer
 };
 
 } // namespace vt::test

@@ -16,13 +16,6 @@ bool isTemporary(const std::string& path, const std::string& work) {
            path.starts_with(work);
 }
 
-// The package that a path lies in, else the path itself.
-std::string unitOf(const std::string& path) {
-    for (std::size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1))
-        if (model::isPackage(path.substr(0, slash))) return path.substr(0, slash);
-    return path;
-}
-
 std::string textOf(const model::Item& item) {
     const char* kinds[] = {"file", "folder", "link"};
     return std::string(kinds[static_cast<int>(item.kind)]) + " \"" + item.content.substr(0, 12) + "\" of " +
@@ -40,16 +33,28 @@ std::string Stage::checkAgainstModel(Party& party, const Round& round, const mod
         wrong << "the last sync time is " << (lastSync ? lastSync->nanoseconds() : 0) << " instead of "
               << party.user.lastSync.value_or(0) << "; ";
     if (expected.success && !expected.lookedAtNothing) {
-        const std::array<std::pair<const char*, std::uint64_t>, 5> figures = {
-            {{"syncSize", expected.size},
-             {"syncSkipFilter", expected.filtered},
-             {"syncSkipPresent", expected.present},
-             {"syncCopied", expected.copied},
-             {"syncUnaccounted", expected.size - expected.filtered - expected.present - expected.copied}}};
-        for (const auto& [key, value] : figures) {
+        const auto reported = [&](const char* key) {
             std::int64_t figure = -1;
             for (const auto& note : party.log->notifications())
                 if (note.at("syncActivityType").integerValue() == 3) figure = note.at(key).integerValue();
+            return figure;
+        };
+        // What the computer may have known to be there is present or copied, all the same to the drive.
+        const auto between = [&](const char* key, std::uint64_t least, std::uint64_t most) {
+            return std::clamp(static_cast<std::uint64_t>(std::max<std::int64_t>(reported(key), 0)), least, most);
+        };
+        const std::uint64_t present =
+            between("syncSkipPresent", expected.present, expected.present + expected.perhapsPresent);
+        const std::uint64_t copied = between(
+            "syncCopied", expected.copied - std::min(expected.copied, expected.perhapsNotCopied), expected.copied);
+        const std::array<std::pair<const char*, std::uint64_t>, 5> figures = {
+            {{"syncSize", expected.size},
+             {"syncSkipFilter", expected.filtered},
+             {"syncSkipPresent", present},
+             {"syncCopied", copied},
+             {"syncUnaccounted", expected.size - expected.filtered - present - copied}}};
+        for (const auto& [key, value] : figures) {
+            const std::int64_t figure = reported(key);
             if (figure != static_cast<std::int64_t>(value))
                 wrong << key << " is " << figure << " instead of " << static_cast<std::int64_t>(value) << "; ";
         }
@@ -76,7 +81,7 @@ std::string Stage::compareTrees(const model::Tree& expected, const model::Tree& 
 }
 
 // Whatever the drive had is in its place, or set aside, or was an older copy of what is there now.
-std::string Stage::nothingWasLost(const Round& round) {
+std::string Stage::nothingWasLost(const Round& round) const {
     const model::User& user = round.userBefore;
     std::set<std::string> archived;
     for (const auto& [path, item] : round.after)
@@ -86,7 +91,7 @@ std::string Stage::nothingWasLost(const Round& round) {
         const auto now = round.after.find(path);
         if (now != round.after.end() && now->second.content == item.content) continue;
         if (archived.contains(item.content)) continue;
-        const std::string unit = unitOf(path);
+        const std::string unit = model::unitOf(path);
         std::string local = user.home + unit.substr(std::min(unit.size(), user.copies.size()));
         if (!model::isAtOrBelow(unit, user.copies)) local = unit.substr(std::min(unit.size(), user.mountPoint.size()));
         bool replaced = false;
@@ -94,8 +99,10 @@ std::string Stage::nothingWasLost(const Round& round) {
             if (!computer->contains(local)) continue;
             const std::int64_t mine = model::newestDate(*computer, local);
             const std::int64_t theirs = model::newestDate(round.before, unit);
-            // What a cancelled sync brought is later than the last whole one, and still only an earlier version.
-            const bool both = !round.uncertain && user.lastSync && mine > *user.lastSync && theirs > *user.lastSync;
+            // What a cancelled sync brought is later than the last whole one, and still only an earlier version; what
+            // the person wrote to the drive is not.
+            const bool brought = round.uncertain && _ownContents.contains(item.content);
+            const bool both = !brought && user.lastSync && mine > *user.lastSync && theirs > *user.lastSync;
             // An owed package is put right with the same newest date.
             replaced = replaced || (mine > theirs && !both) || (mine == theirs && unit != path);
         }
@@ -115,11 +122,11 @@ std::string Stage::everythingArrived(const Round& round) {
         for (const auto& [path, mine] : round.computer) {
             if (mine.kind != model::Kind::file || !model::isAtOrBelow(path, root)) continue;
             bool accepted = true;
-            for (std::string above = unitOf(path); accepted && above.size() >= root.size();
+            for (std::string above = model::unitOf(path); accepted && above.size() >= root.size();
                  above = paths::parent(above))
                 accepted = user.accepts(round.computer, above);
             if (!accepted) continue;
-            const std::string unit = unitOf(path);
+            const std::string unit = model::unitOf(path);
             const std::string target = user.onDrive(unit);
             if (round.before.contains(target) &&
                 model::newestDate(round.before, target) >= model::newestDate(round.computer, unit))
