@@ -19,6 +19,7 @@ class Agent:
     def __enter__(self):
         with open(self._log, "wb") as log:
             self._process = subprocess.Popen([self._program], stdout=log, stderr=log)
+        self.id = self._process.pid
         limit = time.monotonic() + 15
         while subprocess.run(self.command("drives"), capture_output=True, check=False).returncode != 0:
             if self._process.poll() is not None or time.monotonic() > limit:

@@ -6,7 +6,7 @@ until its copy is on the disk (a flush of the file system follows). The ratios c
 drive that may be pulled is done only then; this system flushes by itself. The processor time stands beside them: it
 says the same on a machine that has other work to do.
 
-usage: bench.py PROJECT [--quick], inside a session bus of its own with HOME below PROJECT/build/bench"""
+usage: bench.py PROJECT [--quick] [--watching], inside a session bus of its own with HOME below PROJECT/build/bench"""
 
 import json
 import os
@@ -21,6 +21,7 @@ import time
 
 from agent import Agent
 import media
+import watching
 
 TOOLS = ("vantaro", "rsync -a", "cp -a")
 KINDS = {"first": "first", "unchanged": "no change", "changed": "1 % changed"}
@@ -198,10 +199,8 @@ def table(results, loads, rounds, cold):
     return "\n".join(lines)
 
 
-def main():
-    project, quick = os.path.abspath(sys.argv[1]), "--quick" in sys.argv[2:]
-    work = os.path.join(project, "build", "bench")
-    programs = os.path.join(project, "build", "release", "bin")
+def compare(work, programs, quick):
+    """The loads against the peers, in rounds: what bench.json receives, and the table."""
     source = os.path.join(work, "source")
     os.makedirs(source, exist_ok=True)
     small, big = Load("small", "20,000 files", source), Load("big", "one 1 GiB file", source)
@@ -221,17 +220,35 @@ def main():
                 for kind, sample in run.items():
                     results[load.name][tool].setdefault(kind, []).append(sample)
         rounds += 1
-    print("media filter", file=sys.stderr)
-    filtering = media.measure(work, programs, quick)
-    machine = {"kernel": platform.release(), "cores": os.cpu_count(), "rounds": rounds, "coldCaches": cold,
-               "fileSystem": subprocess.run(["stat", "-f", "-c", "%T", work], capture_output=True, text=True,
-                                            check=True).stdout.strip()}
     summary = {load.name: {tool: {kind: medians(samples) for kind, samples in kinds.items()}
                            for tool, kinds in results[load.name].items()} for load in loads}
+    return {"medians": summary, "samples": results}, {"rounds": rounds, "coldCaches": cold}, \
+        table(results, loads, rounds, cold)
+
+
+def main():
+    project, quick = os.path.abspath(sys.argv[1]), "--quick" in sys.argv[2:]
+    work = os.path.join(project, "build", "bench")
+    programs = os.path.join(project, "build", "release", "bin")
+    os.makedirs(work, exist_ok=True)
+    found = {"machine": {"kernel": platform.release(), "cores": os.cpu_count(),
+                         "fileSystem": subprocess.run(["stat", "-f", "-c", "%T", work], capture_output=True, text=True,
+                                                      check=True).stdout.strip()}}
+    tables = []
+    if "--watching" not in sys.argv[2:]:
+        compared, conditions, text = compare(work, programs, quick)
+        found.update(compared)
+        found["machine"].update(conditions)
+        tables.append(text)
+        print("media filter", file=sys.stderr)
+        found["mediaFilter"] = media.measure(work, programs, quick)
+        tables.append(media.table(found["mediaFilter"]))
+    print("watching", file=sys.stderr)
+    found["watching"] = watching.measure(work, programs, quick)
+    tables.append(watching.table(found["watching"]))
     with open(os.path.join(project, "build", "bench.json"), "w", encoding="utf-8") as file:
-        json.dump({"machine": machine, "medians": summary, "samples": results, "mediaFilter": filtering}, file, indent=1)
-    print(table(results, loads, rounds, cold))
-    print(media.table(filtering))
+        json.dump(found, file, indent=1)
+    print("\n".join(tables))
 
 
 if __name__ == "__main__":
