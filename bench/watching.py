@@ -16,8 +16,8 @@ from media import figures
 
 QUIET = 10.0  # seconds
 IDLE, QUICK_IDLE = 120, 5  # seconds
-FOLDERS, QUICK_FOLDERS = 100_000, 20_000
-FILES, QUICK_FILES = 100_000, 20_000
+FOLDERS, QUICK_FOLDERS = 100_000, 10_000
+FILES, QUICK_FILES = 100_000, 10_000
 ROUNDS = 3
 IN_A_FOLDER = 100
 LIMIT = "/proc/sys/fs/inotify/max_user_watches"
