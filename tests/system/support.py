@@ -100,12 +100,16 @@ class World:
 
     # The agent.
 
-    def start(self, wrapper=()):
+    def launch(self, wrapper=()):
+        """Starts the agent and waits for nothing."""
         command = [*wrapper, str(BIN / "vantaro")]
         if self.machine:
             command = ["unshare", "--uts", "sh", "-c", 'hostname "$0" && exec "$@"', self.machine, *command]
         self.errors = open(self.folder / "stderr.txt", "ab")
         self.agent = subprocess.Popen(command, env=self.env, stdout=self.errors, stderr=self.errors)
+
+    def start(self, wrapper=()):
+        self.launch(wrapper)
         wait_until(lambda: self.agent.poll() is not None or self.ctl("drives", check=False).returncode != 3, "the agent")
         if self.agent.poll() is not None:
             raise AssertionError("the agent ended: " + self.system_log())

@@ -102,6 +102,23 @@ class Rush(SystemTest, ContinuousTest):
             self.assertEqual(content(self.copies / name), content(self.home / name), name)
 
 
+class Alone(SystemTest, ContinuousTest):
+    """No session bus is at hand."""
+
+    def setUp(self):
+        ContinuousTest.setUp(self)
+
+    def test_edits_arrive_without_a_session_bus(self):
+        self.assertEqual(self.world.stop(), 0)
+        self.world.env["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={self.world.folder}/no-bus"
+        write(self.home / "Pictures/away.png", b"made while no agent ran")
+        self.world.launch()
+        self.arrives("Pictures/away.png", b"made while no agent ran")
+        write(self.home / "Pictures/late.png", b"made while it ran")
+        self.arrives("Pictures/late.png", b"made while it ran")
+        self.assertEqual(self.world.stop(), 0)
+
+
 class Quiet(SystemTest, ContinuousTest):
     """What starts no sync."""
 
