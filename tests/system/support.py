@@ -28,6 +28,11 @@ def wait_until(condition, what, patience=None):
         time.sleep(0.02)
 
 
+def let_pass(seconds):
+    """A pause of the people in a story; its length decides nothing."""
+    time.sleep(seconds)
+
+
 class Bus:
     """A private session bus."""
 

@@ -4,7 +4,7 @@ import os
 import time
 import unittest
 
-from support import SystemTest, World, copies_folder, wait_until, write
+from support import SystemTest, World, copies_folder, let_pass, wait_until, write
 
 QUIET = 10.0  # seconds between the last change and the sync
 
@@ -77,6 +77,72 @@ class Edits(SystemTest, ContinuousTest):
         self.arrives("Pictures/dog.png", b"dog")
         write(self.home / "Pictures/fish.png", b"fish")
         self.arrives("Pictures/fish.png", b"fish")
+
+
+class Several(SystemTest, ContinuousTest):
+    """Two drives follow one home."""
+
+    def setUp(self):
+        ContinuousTest.setUp(self)
+        self.other = self.world.folder / "other"
+        self.other.mkdir()
+
+    def watches(self):
+        """Inode numbers of the folders in the lists that the agent has the kernel watch, each as often as it is watched."""
+        mine = {folder.stat().st_ino for item in ("Pictures", "Music") for folder in [self.home / item,
+                *(path for path in (self.home / item).rglob("*") if path.is_dir())]}
+        folder = f"/proc/{self.world.agent.pid}/fdinfo"
+        found = []
+        for name in os.listdir(folder):
+            try:
+                with open(f"{folder}/{name}", encoding="ascii") as file:
+                    found += [int(line.split()[2].removeprefix("ino:"), 16) for line in file
+                              if line.startswith("inotify wd:")]
+            except OSError:
+                pass  # closed meanwhile
+        return sorted(number for number in found if number in mine)
+
+    def syncs_of(self, drive):
+        return self.world.messages().count(f'Synchronizing "{drive.name}"...')
+
+    def test_changes_in_a_row_are_handed_over_once_after_the_last(self):
+        self.settle()
+        before = self.syncs()
+        for name in ("one", "two", "three"):
+            write(self.home / f"Pictures/{name}.png", name.encode())
+            last = time.monotonic()
+            if name != "three":
+                let_pass(4)
+        for name in ("one", "two", "three"):
+            self.arrives(f"Pictures/{name}.png", name.encode())
+        self.assertGreaterEqual(time.monotonic() - last, QUIET)
+        self.settle()
+        self.assertEqual(self.syncs() - before, 1)
+
+    def test_a_folder_of_two_drives_is_watched_once(self):
+        self.settle()
+        alone = self.watches()
+        self.assertEqual(len(alone), 4)
+        self.world.adopt(self.other)
+        self.settle()
+        self.assertEqual(self.watches(), alone)
+        write(self.home / "Pictures/both.png", b"both")
+        self.arrives("Pictures/both.png", b"both")
+        wait_until(lambda: content(copies_folder(self.other) / "Pictures/both.png") == b"both", "the second copy")
+
+    def test_a_drive_that_takes_no_part_receives_nothing(self):
+        self.world.adopt(self.other)
+        self.settle()
+        self.world.ctl("set", self.other, "participate", "off")
+        self.settle()
+        before = self.syncs_of(self.other)
+        write(self.home / "Pictures/mine.png", b"mine")
+        self.arrives("Pictures/mine.png", b"mine")
+        self.settle()
+        self.assertEqual(self.syncs_of(self.other), before)
+        self.assertIsNone(content(copies_folder(self.other) / "Pictures/mine.png"))
+        self.world.ctl("set", self.drive, "participate", "off")
+        wait_until(lambda: self.watches() == [], "an agent that watches nothing")
 
 
 class Rush(SystemTest, ContinuousTest):

@@ -13,7 +13,7 @@ import time
 import unittest
 from pathlib import Path
 
-from support import LoopImage, SystemTest, World, copies_folder, wait_until
+from support import LoopImage, SystemTest, World, copies_folder, let_pass, wait_until
 
 SECONDS = float(os.environ.get("VANTARO_STORY_SECONDS", "15"))
 SEED = int(os.environ.get("VANTARO_STORY_SEED", time.time_ns() % 1_000_000))
@@ -22,11 +22,6 @@ FOLDERS = 200
 WRITERS = 4
 QUIET = 10.0  # seconds between the last change and its sync
 SLACK = 1.5  # until a change was told of, and until the drive's worker has taken its task
-
-
-def let_pass(seconds):
-    """A pause of the people in the story; its length decides nothing."""
-    time.sleep(seconds)
 
 
 def content_of(root):
