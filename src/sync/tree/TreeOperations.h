@@ -14,6 +14,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace vt {
 
@@ -47,7 +48,7 @@ class TreeOperations {
         ClosedFolder closed = {};                                  // no walk enters such a folder
         RefusedNames* refusedNames = nullptr;                      // of the drive that is copied to
     };
-    explicit TreeOperations(Services services) : _services(services) {}
+    explicit TreeOperations(Services services) : _services(std::move(services)) {}
 
     // `known`: the source's attributes (no link followed), where the caller has them.
     bool copyPathOntoPath(const std::string& source, const std::string& destination, bool copyingToPushkey,
