@@ -1,5 +1,6 @@
 #include "mediafilter/CodecValidators.h"
 
+#include "Records.h"
 #include "ValidatorNames.h"
 #include "mediafilter/CodecNumbers.h"
 
@@ -77,24 +78,6 @@ const std::vector<AudioRow>& audioRows() {
         {make<VTAudioAACCodecValidator>(), {1}, false},
     };
     return rows;
-}
-
-MediaFileCharacterization video(std::int32_t codec, std::int64_t width, std::int64_t height, float rate) {
-    MediaFileCharacterization record;
-    record.valid = true;
-    record.hasVideo = true;
-    record.videoCodec = codec;
-    record.width = width;
-    record.height = height;
-    record.frameRate = rate;
-    return record;
-}
-
-MediaFileCharacterization withSound(MediaFileCharacterization record, std::int32_t codec, float rate,
-                                    std::int64_t channels) {
-    record.hasAudio = true;
-    record.audioTracks.at(record.audioTrackCount++) = {codec, rate, channels};
-    return record;
 }
 
 MediaFileCharacterization sound(std::int32_t codec) {

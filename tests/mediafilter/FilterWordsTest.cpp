@@ -1,5 +1,6 @@
 #include "mediafilter/FilterWords.h"
 
+#include "Records.h"
 #include "StubFiles.h"
 #include "mediafilter/CodecValidators.h"
 #include "mediafilter/MediaClasses.h"
@@ -24,21 +25,7 @@ TEST(FilterWords, numbersAreShort) {
 }
 
 MediaFileCharacterization film(std::int64_t width, std::int64_t height, float rate) {
-    MediaFileCharacterization record;
-    record.valid = true;
-    record.hasVideo = true;
-    record.videoCodec = 1;
-    record.width = width;
-    record.height = height;
-    record.frameRate = rate;
-    return record;
-}
-
-MediaFileCharacterization withSound(MediaFileCharacterization record, std::int32_t codec, float rate,
-                                    std::int64_t channels) {
-    record.hasAudio = true;
-    record.audioTracks.at(record.audioTrackCount++) = {codec, rate, channels};
-    return record;
+    return video(1, width, height, rate);
 }
 
 TEST(FilterWords, validatorsSayWhy) {
