@@ -60,6 +60,23 @@ TEST(Doubts, aShortCopyWithTheRightDateIsReplacedAndNotKept) {
     EXPECT_FALSE(world.exists(archive));
 }
 
+// Somebody cleans up below the home folder while files are copied, and the drive is pulled before it was flushed.
+TEST(Doubts, aShortCopyIsReplacedThoughTheJournalWasRemovedMeanwhile) {
+    SyncWorld world;
+    world.computer({file("Music/a.mp3", "whole content", at(-10)), file("Music/b.mp3", "b", at(-10))});
+    world.disk.faults().before("copyFile", "/home/ada/Music/b.mp3", [&](const std::string&) {
+        world.files.remove("/home/ada/.local/state/vantaro", {}).ignore();
+    });
+    world.disk.faults().fail("flushVolume", SyncWorld::drive, ENODEV);
+    world.sync();
+    world.disk.faults().clear();
+    world.write(copied, "", at(-10)); // what the pull has left
+    world.controller = world.controllerFor(SyncWorld::drive);
+    world.join(*world.controller, {"~/Music"});
+    world.sync();
+    EXPECT_EQ(world.read(copied), "whole content");
+}
+
 TEST(Doubts, oneThatSomebodyChangedSinceIsSetAsideFirst) {
     DoubtfulWorld world;
     world.write(copied, "theirs", at(5));

@@ -199,6 +199,79 @@ TEST_F(JournalTest, JournalThatCannotBeWrittenIsLoggedOnceAndTheCopyingGoesOn) {
     EXPECT_EQ(flushes, 1);
 }
 
+TEST_F(JournalTest, RecordRemovedInTheMiddleOfAGroupPutsAllSinceItsStartInDoubt) {
+    const Date start = clock.now();
+    {
+        auto one = journal();
+        one.beginPass({d("Music"), d("Pictures")});
+        copied(one, "Music/a");
+        files.remove(folder, {}).ignore();
+        clock.advance(std::chrono::seconds(1));
+        copied(one, "Music/b");
+        EXPECT_EQ(journalFiles().size(), 1U);
+        copied(one, "Music/c");
+        EXPECT_EQ(lines.size(), 1U); // said once
+        EXPECT_TRUE(lines[0].starts_with("The copy journal failed - ")) << lines[0];
+    }
+    auto next = journal(); // though the computer has not started again
+    const auto& left = next.beginPass({});
+    ASSERT_EQ(left.groups.size(), 1U);
+    EXPECT_EQ(left.groups[0].items, (Lines{d("Music"), d("Pictures")}));
+    EXPECT_LT(left.groups[0].start, start);
+    EXPECT_EQ(left.files.count(d("Music/c")), 1U);
+}
+
+TEST_F(JournalTest, RemovedRecordsOfAGroupThatWasFlushedAreMissedByNobody) {
+    auto one = journal();
+    one.beginPass({d("Music")});
+    copied(one, "Music/a");
+    files.remove(folder, {}).ignore();
+    EXPECT_TRUE(one.flush().ok());
+    EXPECT_TRUE(lines.empty());
+    EXPECT_TRUE(journal().beginPass({}).groups.empty());
+}
+
+TEST_F(JournalTest, RecordRemovedBeforeAFlushThatFailsIsMadeAnew) {
+    {
+        auto one = journal();
+        one.beginPass({d("Music")});
+        copied(one, "Music/a");
+        files.remove(folder, {}).ignore();
+        flushCode = ENODEV; // pulled
+        EXPECT_FALSE(one.flush().ok());
+    }
+    auto next = journal();
+    const auto& left = next.beginPass({});
+    ASSERT_EQ(left.groups.size(), 1U);
+    EXPECT_EQ(left.groups[0].items, (Lines{d("Music")}));
+}
+
+TEST_F(JournalTest, RecordRemovedAfterAPassThatEndedWithoutAFlushIsMadeAnew) {
+    auto one = journal();
+    one.beginPass({d("Music")});
+    copied(one, "Music/a");
+    files.remove(folder, {}).ignore();
+    const auto& left = one.beginPass({d("Pictures")});
+    ASSERT_EQ(left.groups.size(), 1U);
+    EXPECT_EQ(left.groups[0].items, (Lines{d("Music")}));
+}
+
+TEST_F(JournalTest, LeftoversThatAreRemovedBetweenTwoPassesStayInDoubt) {
+    {
+        auto before = journal("boot-1");
+        before.beginPass({d("Music")});
+        copied(before, "Music/a");
+    }
+    auto one = journal("boot-2");
+    one.beginPass({d("Music")});
+    files.remove(folder, {}).ignore();
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(one.beginPass({d("Music")}).files.size(), 1U);
+        EXPECT_EQ(one.leftovers().groups.size(), 1U) << "not counted twice";
+    }
+    EXPECT_EQ(journal("boot-2").beginPass({}).files.size(), 1U); // and they are on the disk again
+}
+
 TEST_F(JournalTest, HostileOrTornTextIsPassedOver) {
     const auto group = journaltext::parse("nonsense\nfile x y\nfile 5\nboot b\nstart 12x\nitem /a%2\nfile 7 /ok%41\n"
                                           "file 8 /torn");

@@ -196,6 +196,18 @@ TEST_F(WorkFoldersTest, DeletionAnswersWhetherNeitherFolderIsThere) {
     EXPECT_FALSE(files.attributes(local).ok());
 }
 
+TEST_F(WorkFoldersTest, MissingFolderRunsIntoTheRecycleAttemptWhichFails) {
+    EXPECT_TRUE(folders().deleteTempFolders()); // neither is there afterwards
+    EXPECT_EQ(debug, (Lines{"-deleteTempFolders: deleting global \"" + work + "\".",
+                            "-deleteTempFolders: \"" + work + "\" was  NOT deleted.",
+                            "-deleteTempFolders: recycling \"" + work + "\" failed.",
+                            "-deleteTempFolders: deleting local \"" + local + "\".",
+                            "-deleteTempFolders: \"" + local + "\" was  NOT deleted.",
+                            "-deleteTempFolders: recycling \"" + local + "\" failed."}));
+    EXPECT_TRUE(workspace.recycled().empty()) << "what is missing cannot be put into a trash";
+    EXPECT_TRUE(lines.empty());
+}
+
 TEST_F(WorkFoldersTest, WholeFolderThatCannotBeRemovedIsRecycledAHalfRemovedOneNever) {
     EXPECT_TRUE(folders().prepare());
     files.create(work + "/a", "1", 0644).ignore();

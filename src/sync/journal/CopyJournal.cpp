@@ -6,19 +6,21 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
+#include <utility>
 
 namespace vt {
 namespace {
 
 constexpr std::uint64_t groupBytes = 256ULL * 1024 * 1024;
 constexpr std::chrono::seconds groupAge{5};
+constexpr std::chrono::seconds lookEvery{1}; // a look at each copy would be felt
 constexpr std::uint64_t largestJournal = 1024ULL * 1024 * 1024;
 constexpr double clockSlack = 2.0; // seconds: the drive's dates may be that coarse
 constexpr std::uint32_t folderMode = 0700;
 constexpr std::uint32_t fileMode = 0600;
 constexpr const char* leftoversName = "leftovers";
 constexpr std::string_view groupPrefix = "group-";
+constexpr const char* earlierBoot = "earlier"; // whichever it was, it is over
 
 bool isBelowAny(const std::string& path, const std::vector<std::string>& items) {
     return std::any_of(items.begin(), items.end(),
@@ -32,13 +34,14 @@ CopyJournal::CopyJournal(std::string folder, Services services)
 
 const CopyJournal::Leftovers& CopyJournal::beginPass(std::vector<std::string> items) {
     finishRunningFlush();
+    lookAfterRecords(); // of a pass that ended without a flush
     _items = std::move(items);
     _complained = false;
     _flushFailed.reset();
     _open.reset();
     _closed.clear();
-    _leftovers = {};
-    bool merged = false;
+    // What is known to be in doubt stays so, even if somebody has removed the file that says it.
+    bool toWrite = !_leftovers.files.empty() || !_leftovers.groups.empty();
     std::vector<std::string> read;
     if (auto names = _services.files.listNames(_folder)) {
         // The merged file first, then the groups as they were written: of two copies of one file the later date counts.
@@ -50,10 +53,10 @@ const CopyJournal::Leftovers& CopyJournal::beginPass(std::vector<std::string> it
             if (!group && name != leftoversName) continue;
             readEarlierGroup(paths::join(_folder, name));
             if (group) read.push_back(paths::join(_folder, name));
-            merged = merged || group;
+            toWrite = toWrite || group;
         }
     }
-    if (merged) writeLeftovers();
+    if (toWrite) writeLeftovers();
     // What could not be merged is read again next time.
     if (!_complained)
         for (const auto& path : read) _services.files.remove(path, {}).ignore();
@@ -73,10 +76,14 @@ void CopyJournal::readEarlierGroup(const std::string& path) {
         next = next == std::string::npos ? text->size() : next + 1;
         const JournalGroup group = journaltext::parse(std::string_view(*text).substr(at, next - at));
         for (const auto& [file, written] : group.files) _leftovers.files[file] = written;
-        if (group.bootId != _services.bootId && !group.items.empty())
-            _leftovers.groups.push_back({group.items, group.start});
+        if (group.bootId != _services.bootId && !group.items.empty()) addLeftoverGroup({group.items, group.start});
         at = next;
     }
+}
+
+void CopyJournal::addLeftoverGroup(Leftovers::Group group) {
+    auto& groups = _leftovers.groups;
+    if (std::find(groups.begin(), groups.end(), group) == groups.end()) groups.push_back(std::move(group));
 }
 
 void CopyJournal::writeLeftovers() {
@@ -85,13 +92,14 @@ void CopyJournal::writeLeftovers() {
         _services.files.remove(path, {}).ignore();
         return;
     }
+    makeFolder();
     JournalGroup names;
     names.bootId = _services.bootId;
     names.files = _leftovers.files;
     std::string text = journaltext::whole(names);
     for (const auto& [items, start] : _leftovers.groups) {
         JournalGroup group;
-        group.bootId = "earlier"; // whichever it was, it is over
+        group.bootId = earlierBoot;
         group.items = items;
         group.start = start;
         text += journaltext::header(group);
@@ -120,24 +128,55 @@ void CopyJournal::beforeCopy() {
 }
 
 void CopyJournal::open() {
-    JournalGroup group;
-    group.bootId = _services.bootId;
-    group.start = _services.clock.now().plusSeconds(-clockSlack);
-    group.items = _items;
     OpenGroup opened;
+    opened.record.start = _services.clock.now().plusSeconds(-clockSlack);
+    opened.record.path =
+        paths::join(_folder, std::string(groupPrefix) + std::to_string(opened.record.start.nanoseconds()) + "-" +
+                                 std::to_string(_groupsOpened++));
     opened.opened = _services.clock.steady();
-    opened.path = paths::join(_folder, std::string(groupPrefix) + std::to_string(group.start.nanoseconds()) + "-" +
-                                           std::to_string(_groupsOpened++));
+    opened.seen = opened.opened;
+    makeFolder();
+    writeRecord(opened.record, _services.bootId);
+    _open = std::move(opened);
+    openNames();
+}
+
+void CopyJournal::makeFolder() {
     if (!createDirectoryAtPath(_services.files, _folder, &folderMode, true, false))
         complain(Error::fromErrno(ENOENT, _folder));
-    const auto written = _services.contents.writeAtomically(opened.path, journaltext::header(group), fileMode);
+}
+
+void CopyJournal::writeRecord(const Record& record, const std::string& bootId) {
+    JournalGroup group;
+    group.bootId = bootId;
+    group.start = record.start;
+    group.items = _items;
+    const auto written = _services.contents.writeAtomically(record.path, journaltext::header(group), fileMode);
     if (!written) complain(written.error());
-    auto names = _services.contents.appender(opened.path);
-    if (names)
-        opened.names = std::move(*names);
-    else
-        complain(names.error());
-    _open = std::move(opened);
+}
+
+void CopyJournal::openNames() {
+    auto names = _services.contents.appender(_open->record.path);
+    if (!names) complain(names.error());
+    _open->names = names ? std::move(*names) : nullptr;
+}
+
+void CopyJournal::lookAfterRecords() {
+    for (const Record& record : _closed) (void)restoreRecord(record);
+    if (!_open) return;
+    if (restoreRecord(_open->record)) openNames();
+    _open->seen = _services.clock.steady();
+}
+
+// Its names are lost with it. In their place the new record speaks for everything since the group began, as one of an
+// earlier start of the computer does.
+bool CopyJournal::restoreRecord(const Record& record) {
+    const int code = _services.files.attributes(record.path).code();
+    if (code != ENOENT && code != ENOTDIR) return false;
+    complain(Error::fromErrno(code, record.path));
+    makeFolder();
+    writeRecord(record, earlierBoot);
+    return true;
 }
 
 void CopyJournal::afterCopy(const std::string& path, Date written, std::uint64_t bytes) {
@@ -149,12 +188,13 @@ void CopyJournal::afterCopy(const std::string& path, Date written, std::uint64_t
             complain(noted.error());
     _open->bytes += bytes;
     if (_thread.done()) finishRunningFlush();
+    if (_services.clock.steady() - _open->seen >= lookEvery) lookAfterRecords();
     if (_open->bytes >= groupBytes || _services.clock.steady() - _open->opened >= groupAge) closeGroup();
 }
 
 void CopyJournal::closeGroup() {
     finishRunningFlush();
-    _closed.push_back(_open->path);
+    _closed.push_back(_open->record);
     _open.reset();
     _running = Running{_changes, _copies, _closed};
     _thread.start(_services.flushDrive);
@@ -183,7 +223,7 @@ Result<void> CopyJournal::flush() {
 
 void CopyJournal::flushNow() {
     finishRunningFlush();
-    if (_open) _closed.push_back(_open->path);
+    if (_open) _closed.push_back(_open->record);
     _open.reset();
     flushEnded(_services.flushDrive(), {_changes, _copies, _closed});
 }
@@ -198,9 +238,12 @@ void CopyJournal::flushEnded(const Result<void>& flushed, const Running& coverin
             _services.logLine(localisedText("The drive could not be flushed - %@.", {flushed.error().text}));
         _flushFailed = flushed.error();
     }
-    for (const auto& path : covering.groups) {
-        if (flushed) _services.files.remove(path, {}).ignore();
-        std::erase(_closed, path);
+    for (const Record& record : covering.groups) {
+        if (flushed)
+            _services.files.remove(record.path, {}).ignore();
+        else
+            (void)restoreRecord(record);
+        std::erase_if(_closed, [&](const Record& closed) { return closed.path == record.path; });
     }
 }
 

@@ -1,6 +1,8 @@
 // Remembers which copies on the drive may still be short after a kill, a pull or a power cut, and flushes the drive in
 // groups. A group ends at a file's end after 256 MiB or 5 s; its flush runs beside the copying of the next. Its record
-// reaches the computer's disk before its first file, the names follow unsynced, and go when a flush has covered them.
+// reaches the computer's disk before its first file, the names follow unsynced, and go when a flush has covered them. A
+// record that somebody removes meanwhile is noticed within a second of copying and made anew: it puts all in doubt that
+// changed since its group began.
 // Thread: the drive's worker. Owns: the files of its folder and the helper thread of one flush.
 // Errors: those of a flush; a journal that cannot be written is logged once and the copying goes on.
 // Units: absolute raw-byte final paths on the drive; bytes.
@@ -37,6 +39,7 @@ class CopyJournal {
         struct Group {                     // of an earlier start of the computer: anything changed since `start`
             std::vector<std::string> items;
             Date start;
+            friend bool operator==(const Group&, const Group&) = default;
         };
         std::vector<Group> groups;
     };
@@ -58,23 +61,34 @@ class CopyJournal {
     Result<void> flush();
 
   private:
-    struct OpenGroup {
+    struct Record { // of one group
         std::string path;
+        Date start;
+    };
+    struct OpenGroup {
+        Record record;
         std::unique_ptr<FileContents::Appender> names; // null when the record could not be made
         std::chrono::nanoseconds opened{0};
+        std::chrono::nanoseconds seen{0}; // when the record was last known to stand
         std::uint64_t bytes = 0;
     };
     struct Running { // what a flush covers
         std::uint64_t changes = 0;
         std::uint64_t copies = 0;
-        std::vector<std::string> groups;
+        std::vector<Record> groups;
     };
     void open();
+    void writeRecord(const Record& record, const std::string& bootId);
+    void openNames();
+    void makeFolder();
+    void lookAfterRecords();
+    [[nodiscard]] bool restoreRecord(const Record& record);
     void closeGroup();
     void finishRunningFlush();
     void flushNow();
     void flushEnded(const Result<void>& flushed, const Running& covering);
     void readEarlierGroup(const std::string& path);
+    void addLeftoverGroup(Leftovers::Group group);
     void writeLeftovers();
     void complain(const Error& error);
 
@@ -83,9 +97,9 @@ class CopyJournal {
     std::vector<std::string> _items;
     Leftovers _leftovers;
     std::optional<OpenGroup> _open;
-    std::vector<std::string> _closed; // groups that no flush covers yet
-    std::uint64_t _changes = 0;       // counted up with every change of the drive
-    std::uint64_t _copies = 0;        // and with every copy
+    std::vector<Record> _closed; // groups that no flush covers yet
+    std::uint64_t _changes = 0;  // counted up with every change of the drive
+    std::uint64_t _copies = 0;   // and with every copy
     std::uint64_t _changesFlushed = 0;
     std::uint64_t _copiesFlushed = 0;
     std::uint64_t _groupsOpened = 0;
