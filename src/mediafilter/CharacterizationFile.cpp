@@ -9,8 +9,8 @@ namespace vt::characterizationfile {
 namespace {
 
 constexpr std::string_view magic = "VTMC";
-// Changes with the layout and with the codec tables: a record of older tables says nothing.
-constexpr std::uint32_t version = 1;
+// Changes with the layout, the codec tables and what a file is asked: a record of older ones says nothing.
+constexpr std::uint32_t version = 2;
 
 class Writer {
   public:

@@ -1,6 +1,7 @@
 #include "platform/linux/media/LinuxMediaProbe.h"
 
 #include "CorpusFiles.h"
+#include "MovieBytes.h"
 
 #include <gtest/gtest.h>
 
@@ -130,6 +131,40 @@ TEST_F(ProbeOfLinux, knowsNoPlaylists) {
     const std::string film = corpus.path("h264-silent.mp4");
     EXPECT_EQ(codeOf(write("list.mp4", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\n" + film + "\n")), EINVAL);
     EXPECT_EQ(codeOf(write("concat.mp4", "ffconcat version 1.0\nfile '" + film + "'\n")), EINVAL);
+}
+
+// The demuxer leaves the size of such pictures to a decoder, which finds nothing here.
+TEST_F(ProbeOfLinux, aMovieWithoutContentTellsWhatItsIndexSays) {
+    for (const char* format : {"mp4v", "h263", "s263", "avc1"}) {
+        const moviebytes::Track track{.descriptions = {moviebytes::imageDescription(format, 1281, 722)},
+                                      .timeScale = 30'000,
+                                      .samples = 300,
+                                      .unitsPerSample = 1001};
+        const auto movie = describe(probe, write("index.mp4", moviebytes::movie({track})));
+        ASSERT_TRUE(movie.ok()) << format;
+        ASSERT_EQ(movie->tracks.size(), 1U) << format;
+        const MediaTrack& found = movie->tracks[0];
+        EXPECT_EQ(found.format->text(), std::string(format) == "s263" ? "h263" : format);
+        EXPECT_EQ(found.width, 1281) << format;
+        EXPECT_EQ(found.height, 722) << format;
+        EXPECT_DOUBLE_EQ(found.timeScale * static_cast<double>(found.sampleCount) /
+                             static_cast<double>(found.displayDuration),
+                         30'000.0 / 1001)
+            << format;
+    }
+}
+
+TEST_F(ProbeOfLinux, theFirstSampleDescriptionCounts) {
+    for (const char* second : {"avc1", "jpeg"}) {
+        const moviebytes::Track track{.descriptions = {moviebytes::imageDescription("avc1", 640, 480),
+                                                       moviebytes::imageDescription(second, 1920, 1080)}};
+        const auto movie = describe(probe, write("two.mov", moviebytes::movie({track})));
+        ASSERT_TRUE(movie.ok()) << second;
+        ASSERT_EQ(movie->tracks.size(), 1U) << second;
+        EXPECT_EQ(movie->tracks[0].format->text(), "avc1") << second;
+        EXPECT_EQ(movie->tracks[0].width, 640) << second;
+        EXPECT_EQ(movie->tracks[0].height, 480) << second;
+    }
 }
 
 TEST_F(ProbeOfLinux, survivesDamagedFiles) {

@@ -56,9 +56,7 @@ FourCharCode upperCase(FourCharCode code) {
 
 std::optional<FourCharCode> movieCode(const AVCodecParameters& stream) {
     if (stream.codec_tag == 0) return std::nullopt;
-    const FourCharCode code = codeOfTag(stream.codec_tag);
-    // 3GPP names H.263 by a tag of its own.
-    return code == "s263"_fcc ? "h263"_fcc : code;
+    return movieFormatCode(codeOfTag(stream.codec_tag));
 }
 
 std::optional<FourCharCode> videoCode(const AVCodecParameters& stream, bool isAvi) {
@@ -79,6 +77,11 @@ std::optional<FourCharCode> soundCode(const AVCodecParameters& stream) {
 }
 
 } // namespace
+
+FourCharCode movieFormatCode(FourCharCode code) {
+    // 3GPP names H.263 by a tag of its own.
+    return code == "s263"_fcc ? "h263"_fcc : code;
+}
 
 std::optional<FourCharCode> formatCode(const AVCodecParameters& stream, std::string_view container) {
     if (container.starts_with("mov,")) return movieCode(stream);

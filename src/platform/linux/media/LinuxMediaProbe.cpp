@@ -1,6 +1,7 @@
 #include "platform/linux/media/LinuxMediaProbe.h"
 
 #include "platform/linux/media/FormatCodes.h"
+#include "platform/linux/media/ImageDescriptions.h"
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -15,6 +16,7 @@ extern "C" {
 #include <chrono>
 #include <cmath>
 #include <mutex>
+#include <vector>
 
 namespace vt {
 
@@ -70,6 +72,11 @@ class Look {
   private:
     using Clock = std::chrono::steady_clock;
     [[nodiscard]] bool prepare();
+    [[nodiscard]] bool isMovieFile() const { return std::string_view(_format->iformat->name).starts_with("mov,"); }
+    void noteCounts();
+    void readImages();
+    // What the file's index says of a video track; null where it says nothing.
+    [[nodiscard]] const ImageDescription* imageOf(const AVStream& stream) const;
     [[nodiscard]] bool isIncomplete() const;
     [[nodiscard]] bool mustStop() const { return _file.hasMissed() || isOutOfTime(); }
     [[nodiscard]] bool isOutOfTime() const { return Clock::now() >= _deadline; }
@@ -89,6 +96,12 @@ class Look {
     std::uint64_t _position = 0;
     AVFormatContext* _format = nullptr;
     AVIOContext* _io = nullptr;
+    struct Count {
+        std::int64_t samples = 0;
+        std::int64_t duration = 0; // in the stream's units
+    };
+    std::vector<Count> _counts; // of each stream, as the header tells them
+    std::vector<ImageDescription> _images;
 };
 
 int Look::read(void* look, std::uint8_t* to, int length) {
@@ -158,6 +171,9 @@ Result<MediaDescription> Look::describe() {
     const int opened = avformat_open_input(&_format, nullptr, nullptr, &options);
     av_dict_free(&options);
     if (opened < 0 || mustStop()) return reason();
+    noteCounts();
+    if (isMovieFile()) readImages();
+    if (mustStop()) return reason();
     if (isIncomplete()) {
         static_cast<void>(avformat_find_stream_info(_format, nullptr)); // what stays unknown stays 0
         if (mustStop()) return reason();
@@ -173,6 +189,32 @@ Result<MediaDescription> Look::describe() {
     return movie;
 }
 
+// A closer look replaces a duration that no packet confirms by that of the whole movie.
+void Look::noteCounts() {
+    for (unsigned i = 0; i < _format->nb_streams; ++i)
+        _counts.push_back({_format->streams[i]->nb_frames, _format->streams[i]->duration});
+}
+
+void Look::readImages() {
+    const auto readAll = [this](std::uint64_t offset, std::uint8_t* to, std::size_t length) {
+        for (std::size_t filled = 0; filled < length;) {
+            if (mustStop()) return false;
+            const auto count = _file.copy(offset + filled, to + filled, length - filled);
+            if (!count || *count == 0) return false;
+            filled += *count;
+        }
+        return true;
+    };
+    _images = imageDescriptions(readAll, _file.size());
+}
+
+const ImageDescription* Look::imageOf(const AVStream& stream) const {
+    const auto found = std::find_if(_images.begin(), _images.end(), [&stream](const ImageDescription& image) {
+        return image.track == stream.id && image.width > 0 && image.height > 0;
+    });
+    return found == _images.end() ? nullptr : &*found;
+}
+
 // What the header alone does not tell for some containers.
 bool Look::isIncomplete() const {
     if (_format->nb_streams == 0) return true;
@@ -181,7 +223,8 @@ bool Look::isIncomplete() const {
         const AVCodecParameters& codec = *stream.codecpar;
         if ((stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0) continue;
         if (codec.codec_type == AVMEDIA_TYPE_VIDEO &&
-            (codec.width <= 0 || codec.height <= 0 || stream.nb_frames <= 0 || stream.duration <= 0))
+            ((imageOf(stream) == nullptr && (codec.width <= 0 || codec.height <= 0)) || stream.nb_frames <= 0 ||
+             stream.duration <= 0))
             return true;
         if (codec.codec_type == AVMEDIA_TYPE_AUDIO && (codec.sample_rate <= 0 || codec.ch_layout.nb_channels <= 0))
             return true;
@@ -196,16 +239,20 @@ MediaTrack Look::track(const AVStream& stream) const {
     if (codec.codec_type == AVMEDIA_TYPE_VIDEO) track.kind = MediaTrack::Kind::video;
     if (codec.codec_type == AVMEDIA_TYPE_AUDIO) track.kind = MediaTrack::Kind::sound;
     // The track header's flag, which only movie files have.
-    track.enabled = !container.starts_with("mov,") || (stream.disposition & AV_DISPOSITION_DEFAULT) != 0;
-    track.format = formatCode(codec, container);
+    track.enabled = !isMovieFile() || (stream.disposition & AV_DISPOSITION_DEFAULT) != 0;
+    const ImageDescription* image = track.kind == MediaTrack::Kind::video ? imageOf(stream) : nullptr;
+    track.format = image != nullptr ? movieFormatCode(image->format) : formatCode(codec, container);
     track.hasDescription = track.format.has_value();
-    track.width = codec.width;
-    track.height = codec.height;
+    track.width = image != nullptr ? image->width : codec.width;
+    track.height = image != nullptr ? image->height : codec.height;
     track.sampleRate = codec.sample_rate;
     track.channels = codec.ch_layout.nb_channels;
     if (stream.time_base.num > 0) track.timeScale = 1 / av_q2d(stream.time_base);
-    track.displayDuration = std::max<std::int64_t>(stream.duration, 0);
-    track.sampleCount = static_cast<std::uint64_t>(std::max<std::int64_t>(stream.nb_frames, 0));
+    const auto index = static_cast<std::size_t>(stream.index);
+    Count count = index < _counts.size() ? _counts[index] : Count{};
+    if (count.samples <= 0 || count.duration <= 0) count = {stream.nb_frames, stream.duration};
+    track.displayDuration = std::max<std::int64_t>(count.duration, 0);
+    track.sampleCount = static_cast<std::uint64_t>(std::max<std::int64_t>(count.samples, 0));
     if (track.sampleCount == 0 || track.displayDuration == 0) {
         // Not counted in the header: one second at the rate that the first packets show.
         const double rate = shownRate(stream);
