@@ -105,6 +105,26 @@ TEST(Doubts, onceFlushedNothingIsCopiedAgain) {
     EXPECT_EQ(world.figure("syncSkipPresent"), 512);
 }
 
+// A cancelled sync flushes nothing, but what it has put on the drive is as good as any other copy.
+TEST(Doubts, whatACancelledSyncHasCopiedIsNotCopiedAgain) {
+    SyncWorld world;
+    world.computer({file("Music/album/a.mp3", "a", at(-10)), file("Music/next/b.mp3", "b", at(-10))});
+    world.onDrive({folder("Music")});
+    world.disk.faults().before("copyFile", "/home/ada/Music/next/b.mp3",
+                               [&](const std::string&) { world.controller->setCancelPending(true, true); });
+    world.sync();
+    EXPECT_TRUE(world.host.has("Synchronization of \"stick\" canceled."));
+    ASSERT_TRUE(world.exists("/media/stick/ada_Workbench/Music/album/a.mp3"));
+    world.disk.faults().clear();
+    world.disk.faults().clearLog();
+    world.controller->setCancelPending(false, false);
+    world.sync();
+    EXPECT_TRUE(world.succeeded());
+    EXPECT_TRUE(world.exists("/media/stick/ada_Workbench/Music/next/b.mp3"));
+    const auto& log = world.disk.faults().log();
+    EXPECT_TRUE(std::ranges::none_of(log, [](const std::string& call) { return call.ends_with("/album/a.mp3"); }));
+}
+
 TEST(Doubts, nothingIsStampedWhileTheDriveCannotBeFlushed) {
     DoubtfulWorld world;
     EXPECT_FALSE(world.controller->lastSyncTime().has_value());

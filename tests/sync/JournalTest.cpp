@@ -246,12 +246,34 @@ TEST_F(JournalTest, RecordRemovedBeforeAFlushThatFailsIsMadeAnew) {
     EXPECT_EQ(left.groups[0].items, (Lines{d("Music")}));
 }
 
-TEST_F(JournalTest, RecordRemovedAfterAPassThatEndedWithoutAFlushIsMadeAnew) {
+// As one that was cancelled: the process lives and the drive is there, so nothing is lost yet.
+TEST_F(JournalTest, CopiesOfAPassThatEndedWithoutAFlushWaitForTheNextOne) {
     auto one = journal();
     one.beginPass({d("Music")});
     copied(one, "Music/a");
-    files.remove(folder, {}).ignore();
-    const auto& left = one.beginPass({d("Pictures")});
+    EXPECT_TRUE(one.beginPass({d("Pictures")}).files.empty());
+    EXPECT_EQ(journalFiles().size(), 1U);
+    {
+        auto next = journal(); // should the process end now after all
+        EXPECT_EQ(next.beginPass({}).files.size(), 1U);
+        next.settle({d("Music")});
+    }
+    EXPECT_TRUE(one.flush().ok());
+    EXPECT_EQ(flushes, 1);
+    EXPECT_TRUE(one.beginPass({d("Music")}).files.empty());
+    EXPECT_TRUE(journalFiles().empty());
+}
+
+TEST_F(JournalTest, RecordRemovedAfterAPassThatEndedWithoutAFlushIsMadeAnew) {
+    {
+        auto one = journal();
+        one.beginPass({d("Music")});
+        copied(one, "Music/a");
+        files.remove(folder, {}).ignore();
+        one.beginPass({d("Pictures")});
+    }
+    auto next = journal();
+    const auto& left = next.beginPass({});
     ASSERT_EQ(left.groups.size(), 1U);
     EXPECT_EQ(left.groups[0].items, (Lines{d("Music")}));
 }

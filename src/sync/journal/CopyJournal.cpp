@@ -34,12 +34,13 @@ CopyJournal::CopyJournal(std::string folder, Services services)
 
 const CopyJournal::Leftovers& CopyJournal::beginPass(std::vector<std::string> items) {
     finishRunningFlush();
-    lookAfterRecords(); // of a pass that ended without a flush
+    if (_open) _closed.push_back(_open->record);
+    _open.reset();
+    lookAfterRecords();
+    if (_flushFailed) _closed.clear();
     _items = std::move(items);
     _complained = false;
     _flushFailed.reset();
-    _open.reset();
-    _closed.clear();
     // What is known to be in doubt stays so, even if somebody has removed the file that says it.
     bool toWrite = !_leftovers.files.empty() || !_leftovers.groups.empty();
     std::vector<std::string> read;
@@ -50,9 +51,10 @@ const CopyJournal::Leftovers& CopyJournal::beginPass(std::vector<std::string> it
         });
         for (const auto& name : *names) {
             const bool group = name.starts_with(groupPrefix);
-            if (!group && name != leftoversName) continue;
-            readEarlierGroup(paths::join(_folder, name));
-            if (group) read.push_back(paths::join(_folder, name));
+            const std::string path = paths::join(_folder, name);
+            if ((!group && name != leftoversName) || waitsForFlush(path)) continue;
+            readEarlierGroup(path);
+            if (group) read.push_back(path);
             toWrite = toWrite || group;
         }
     }
@@ -79,6 +81,10 @@ void CopyJournal::readEarlierGroup(const std::string& path) {
         if (group.bootId != _services.bootId && !group.items.empty()) addLeftoverGroup({group.items, group.start});
         at = next;
     }
+}
+
+bool CopyJournal::waitsForFlush(const std::string& path) const {
+    return std::any_of(_closed.begin(), _closed.end(), [&](const Record& record) { return record.path == path; });
 }
 
 void CopyJournal::addLeftoverGroup(Leftovers::Group group) {
@@ -129,6 +135,7 @@ void CopyJournal::beforeCopy() {
 
 void CopyJournal::open() {
     OpenGroup opened;
+    opened.record.items = _items;
     opened.record.start = _services.clock.now().plusSeconds(-clockSlack);
     opened.record.path =
         paths::join(_folder, std::string(groupPrefix) + std::to_string(opened.record.start.nanoseconds()) + "-" +
@@ -150,7 +157,7 @@ void CopyJournal::writeRecord(const Record& record, const std::string& bootId) {
     JournalGroup group;
     group.bootId = bootId;
     group.start = record.start;
-    group.items = _items;
+    group.items = record.items;
     const auto written = _services.contents.writeAtomically(record.path, journaltext::header(group), fileMode);
     if (!written) complain(written.error());
 }

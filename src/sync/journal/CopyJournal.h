@@ -45,7 +45,9 @@ class CopyJournal {
     };
     CopyJournal(std::string folder, Services services);
 
-    // At the start of a pass over these final paths: reads what is in doubt.
+    // At the start of a pass over these final paths: reads what is in doubt. Of what this journal wrote itself that is
+    // only what a failed flush should have covered; the rest, as of a sync that was cancelled, waits for the next
+    // flush.
     const Leftovers& beginPass(std::vector<std::string> items);
     [[nodiscard]] const Leftovers& leftovers() const { return _leftovers; }
     [[nodiscard]] std::optional<Date> dateGiven(const std::string& path) const;
@@ -64,6 +66,7 @@ class CopyJournal {
     struct Record { // of one group
         std::string path;
         Date start;
+        std::vector<std::string> items;
     };
     struct OpenGroup {
         Record record;
@@ -83,6 +86,7 @@ class CopyJournal {
     void makeFolder();
     void lookAfterRecords();
     [[nodiscard]] bool restoreRecord(const Record& record);
+    [[nodiscard]] bool waitsForFlush(const std::string& path) const;
     void closeGroup();
     void finishRunningFlush();
     void flushNow();
