@@ -1,7 +1,6 @@
 #include "app/DescriptionDump.h"
 
 #include "base/LogSink.h"
-#include "base/Paths.h"
 #include "base/Text.h"
 
 #include <limits>
@@ -38,9 +37,7 @@ std::string tagOf(const std::string& key, const Value& value) {
 } // namespace
 
 void displayKey(const std::string& key, const Value& value) {
-    const std::string* text = value.asString();
-    const std::string shown = text != nullptr ? paths::displayText(*text) : value.description();
-    systemLog(formatText("   %@: %@    %@", {key, shown, tagOf(key, value)}));
+    systemLog(formatText("   %@: %@    %@", {key, value, tagOf(key, value)}));
 }
 
 void dumpKeys(VolumeService& volumes, const std::string& mountPoint) {

@@ -38,7 +38,7 @@ void LogFrontEnd::flushLog() {
 }
 
 void LogFrontEnd::logMessage(std::string_view text) {
-    _log.addLogString(paths::displayText(text), true, true);
+    _log.addLogString(text, true, true);
 }
 
 void LogFrontEnd::debugMessage(std::string_view text) {

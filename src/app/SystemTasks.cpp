@@ -10,7 +10,8 @@ namespace {
 
 void logErrorOutput(const std::string& bytes) {
     const std::string text = paths::displayText(bytes);
-    systemLog(formatText(text.starts_with("//") ? "%@" : "Error: %@", {text}));
+    // The lines of the child are kept as they are.
+    systemLog(text.starts_with("//") ? text : "Error: " + text);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "base/LogSink.h"
 
-#include "base/Paths.h"
+#include "base/VisibleText.h"
 
 #include <cstdio>
 #include <string>
@@ -8,13 +8,7 @@
 namespace vt {
 
 void systemLog(std::string_view text) {
-    std::string line = paths::displayText(text);
-    // Control characters of a hostile name must not drive a terminal.
-    for (char& c : line) {
-        const auto byte = static_cast<unsigned char>(c);
-        if ((byte < 0x20 && c != '\n' && c != '\t') || byte == 0x7f) c = '?';
-    }
-    line += '\n';
+    const std::string line = messageText(text) + '\n';
     // One call for the whole line, so that lines of several threads do not mix.
     std::fwrite(line.data(), 1, line.size(), stderr);
 }

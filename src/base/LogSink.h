@@ -9,7 +9,8 @@ namespace vt {
 class LogSink {
   public:
     virtual ~LogSink() = default;
-    // A line for the user: time stamp and line end are added.
+    // A line for the user: time stamp and line end are added. The text's line ends stay, so what comes from outside
+    // must have gone through formatText() or visibleText().
     virtual void logMessage(std::string_view text) = 0;
     // Written only while the user default "debug" is on.
     virtual void debugMessage(std::string_view text) = 0;

@@ -1,5 +1,7 @@
 #include "base/Text.h"
 
+#include "base/VisibleText.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
@@ -97,9 +99,9 @@ std::string plainText(const TextArgument& argument) {
         [](const auto& held) -> std::string {
             using Held = std::decay_t<decltype(held)>;
             if constexpr (std::is_same_v<Held, std::string_view>)
-                return std::string(held);
+                return visibleText(held);
             else if constexpr (std::is_same_v<Held, const Value*>)
-                return held->description();
+                return held->asString() != nullptr ? visibleText(*held->asString()) : held->description();
             else
                 return Value(held).description();
         },

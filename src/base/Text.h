@@ -2,8 +2,9 @@
 // Placeholders: "%@" text or value description, "%d" "%i" "%ld" "%lld" signed, "%u" "%lu" unsigned, "%x" "%lx"
 // hexadecimal,
 // "%o" octal, "%s" text, "%f" real, each also with a position ("%1$@"), flags and width ("%03X", "%02hX"); "%%" is a
-// percent sign. An argument's own percent signs are never looked at. A placeholder without an argument is left as it
-// stands.
+// percent sign. An argument's own percent signs are never looked at, and control characters of a text argument are
+// shown, not obeyed (base/VisibleText.h): only the format's own line ends and those of a described value end a line. A
+// placeholder without an argument is left as it stands.
 #pragma once
 
 #include "base/Value.h"

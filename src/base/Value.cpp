@@ -1,6 +1,7 @@
 #include "base/Value.h"
 
 #include "base/Paths.h"
+#include "base/VisibleText.h"
 
 #include <algorithm>
 #include <charconv>
@@ -50,7 +51,7 @@ std::string quoted(const std::string& text) {
         else
             result += c;
     }
-    return result + '"';
+    return messageText(result + '"'); // what other control characters it holds
 }
 
 std::string dataText(const std::string& bytes) {

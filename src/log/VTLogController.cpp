@@ -1,8 +1,8 @@
 #include "log/VTLogController.h"
 
 #include "base/LogSink.h"
-#include "base/Paths.h"
 #include "base/Text.h"
+#include "base/VisibleText.h"
 
 #include <array>
 #include <ctime>
@@ -24,7 +24,7 @@ std::string VTLogController::generateString(std::string_view text, bool withTime
         if (localtime_r(&seconds, &local) != nullptr)
             line.assign(stamp.data(), std::strftime(stamp.data(), stamp.size(), "%Y/%m/%d %H:%M:%S ", &local));
     }
-    line += paths::displayText(text);
+    line += messageText(text);
     if (withNewLine) line += '\n';
     return line;
 }

@@ -2,6 +2,7 @@
 
 #include "base/Paths.h"
 #include "base/Text.h"
+#include "base/VisibleText.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -72,7 +73,7 @@ EventDescriptor::Record EventDispatcher::run(const EventCommand& command, const 
     const std::string handler = command.handler;
     if (_target.eventLog().debugEnabled()) {
         debugLine("> " + handler + ": " +
-                  paths::displayText(descriptionOfEvent(event.eventClass, event.eventId, event.parameters)));
+                  visibleText(descriptionOfEvent(event.eventClass, event.eventId, event.parameters)));
     }
 
     EventDescriptor::Record reply;
@@ -87,7 +88,7 @@ EventDescriptor::Record EventDispatcher::run(const EventCommand& command, const 
         debugLine("-" + handler + ": " + failure + ".");
     } else {
         drive = paths::clean(*path);
-        debugLine("-" + handler + ": main URL is " + paths::displayText(drive));
+        debugLine("-" + handler + ": main URL is " + visibleText(drive));
     }
 
     const EventDescriptor* argument = nullptr;
@@ -95,7 +96,7 @@ EventDescriptor::Record EventDispatcher::run(const EventCommand& command, const 
         argument = parameter(command, event, failure);
         // Named again just before acting; a list is taken apart first.
         if (failure.empty() && command.parameterKind != ParameterKind::list)
-            debugLine("-" + handler + ": main URL is " + paths::displayText(drive));
+            debugLine("-" + handler + ": main URL is " + visibleText(drive));
     }
 
     EventCall call{_target, handler, drive, argument, emptyResult(command.replyKind)};
@@ -120,7 +121,7 @@ EventDescriptor::Record EventDispatcher::run(const EventCommand& command, const 
         // A sender that wants no reply has the null reply filled in.
         const std::string printed =
             event.wantsReply ? descriptionOfEvent(replyClass, replyId, reply) : EventDescriptor().description();
-        debugLine("< " + handler + ": " + paths::displayText(printed));
+        debugLine("< " + handler + ": " + visibleText(printed));
     }
     if (command.replyKind == ReplyKind::status) _target.sendActivityNotification();
     return reply;

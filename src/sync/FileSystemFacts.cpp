@@ -126,7 +126,7 @@ void FileSystemFacts::initFSVars10_4() {
     std::string personality;
     std::string output;
     if (_services.execShellCommand("/usr/sbin/diskutil info " + shellQuoted(_diskSlice), output) == 0) {
-        systemLog(formatText("initFSVars10_4 good cmdResult data is:\n%@", {output}));
+        systemLog("initFSVars10_4 good cmdResult data is:\n" + output); // the command's own lines
         std::string_view rest = output;
         while (!rest.empty()) {
             const auto end = rest.find('\n');

@@ -36,7 +36,7 @@ TEST(DescriptionDump, EachValueHasTheTagOfItsType) {
         {"k", std::int64_t{-2'147'483'649}, "   k: -2147483649    <CFNumber (long long)>\n"},
         {"k", std::numeric_limits<std::uint64_t>::max(), "   k: 18446744073709551615    <CFNumber type=17>\n"},
         {"k", "text", "   k: text    <CFString>\n"},
-        {diskdescription::volumePath, "/media/x\ny", "   DAVolumePath: /media/x\ny    <CFURL>\n"},
+        {diskdescription::volumePath, "/media/x\ny", "   DAVolumePath: /media/x\\x0Ay    <CFURL>\n"},
         {diskdescription::volumeUuid, "1111-2222", "   DAVolumeUUID: 1111-2222    <CFUUID>\n"},
         {"k", Value::Array{1}, "   k: (\n    1\n)    <CFType 9>\n"},
     };

@@ -1,6 +1,5 @@
 #include "base/Result.h"
 #include "base/FourCharCode.h"
-#include "base/LogSink.h"
 
 #include <gtest/gtest.h>
 
@@ -36,12 +35,6 @@ TEST(FourCharCode, ReadsExactlyFourBytes) {
     EXPECT_EQ("vnTR"_fcc.text(), "vnTR");
     EXPECT_EQ(FourCharCode::fromText("vnT"), std::nullopt);
     EXPECT_EQ(FourCharCode::fromText("vnTRx"), std::nullopt);
-}
-
-TEST(SystemLog, WritesOneLineWithoutControlCharacters) {
-    testing::internal::CaptureStderr();
-    systemLog("bad\x1b[2J name \xff");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "bad?[2J name \xef\xbf\xbd\n");
 }
 
 } // namespace

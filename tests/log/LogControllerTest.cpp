@@ -1,5 +1,7 @@
 #include "LogWorld.h"
 
+#include "base/Text.h"
+
 #include <cerrno>
 #include <ctime>
 
@@ -43,6 +45,15 @@ TEST_F(LogController, SuppressingStampsAffectsAddedLinesOnly) {
 TEST_F(LogController, BytesThatAreNoTextAreReplaced) {
     line("caf\xe9");
     EXPECT_EQ(log.contents(), "caf\xEF\xBF\xBD\n");
+}
+
+TEST_F(LogController, ANameCannotBeginALineOfItsOwn) {
+    line(formatText("Unable to list \"%@\".", {"a\n2013/05/21 14:03:07 Vantaro starting.\r\xc2\x85\xe2\x80\xa8"}));
+    line("bare\x1b[2J\r");
+    line("-\n-: on purpose\n");
+    EXPECT_EQ(log.contents(), "Unable to list \"a\\x0A2013/05/21 14:03:07 Vantaro starting.\\x0D\\x85\\u2028\".\n"
+                              "bare\\x1B[2J\\x0D\n"
+                              "-\n-: on purpose\n\n");
 }
 
 TEST_F(LogController, LinesReachTheFileOnlyWhenItIsWritten) {

@@ -29,6 +29,16 @@ TEST_F(ReporterTest, CopyErrorIsCountedLoggedAndAsked) {
     EXPECT_FALSE(controller->cancelled);
 }
 
+TEST_F(ReporterTest, ANameWithALineEndStaysOnItsLine) {
+    const std::string name = "a\n2013/05/21 14:03:07 Vantaro starting.";
+    EXPECT_TRUE(reporter->shouldProceedAfterError({h(name), d(name), "Input/output error", EIO}));
+    const std::string shown = "a\\x0A2013/05/21 14:03:07 Vantaro starting.";
+    EXPECT_EQ(controller->log, (Lines{"Unable to copy \"/home/ann/" + shown + "\" to \"/mnt/drive/" + shown +
+                                      "\" - Input/output error."}));
+    ASSERT_EQ(controller->alerts.size(), 1U);
+    EXPECT_EQ(controller->alerts[0].find('\n'), std::string::npos);
+}
+
 TEST_F(ReporterTest, StopOfACopyMarksTheSyncAsCancelled) {
     controller->answer = false;
     EXPECT_FALSE(reporter->shouldProceedAfterError(copyError()));

@@ -97,7 +97,7 @@ bool MRLCopyErrorReporter::destinationVolumeIsMounted(const ErrorDictionary& err
         std::vector<std::string> shown;
         shown.reserve(mounted.size());
         for (const auto& path : mounted) shown.push_back(paths::displayText(path));
-        controller->applicationLogMessage(formatText("path: %@", {Value(arrayOfStrings(shown)).description()}));
+        controller->applicationLogMessage(formatText("path: %@", {Value(arrayOfStrings(shown))}));
     }
     if (!error.toPath) return false;
     return std::any_of(mounted.begin(), mounted.end(), [&](const std::string& path) {
