@@ -89,19 +89,19 @@ std::vector<Value::Dictionary> DrivesService::volumes() {
 }
 
 void DrivesService::adopt(const std::string& path, DriveCompletion done) {
-    const std::string clean = paths::isAbsolute(path) ? paths::clean(path) : path;
-    const auto adopted = _served.adopt(clean);
+    const auto adopted = _served.adopt(paths::isAbsolute(path) ? paths::clean(path) : path);
     if (!adopted.ok()) {
         done(withPathInText(adopted.error()));
         return;
     }
-    const auto controller = controllerAt(clean);
-    if (controller && !_arrival.isArriving(clean)) {
+    const std::string& mountPoint = *adopted;
+    const auto controller = controllerAt(mountPoint);
+    if (controller && !_arrival.isArriving(mountPoint)) {
         done(describe(*controller, _c.registry.keyOf(controller.get()).value_or("")));
         return;
     }
     const auto place = _waiting.emplace(_waiting.end());
-    place->path = clean;
+    place->path = mountPoint;
     place->done = std::move(done);
     place->timeout = _c.services.runLoop.after(adoptionPatience, [this, place] {
         std::list<WaitingAdoption> ended;

@@ -5,7 +5,6 @@
 #include "config/utilities/TypedGetters.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <cerrno>
 #include <sstream>
@@ -57,9 +56,9 @@ Error refuse(int code, const std::string& path, std::string text) {
 } // namespace
 
 ServedVolumes::ServedVolumes(ApplicationServices& services, const HostIdentity& identity, LogSink& log,
-                             VolumeObserver& next, std::function<bool(const std::string& key)> isRegistered)
-    : _services(services), _identity(identity), _log(log), _next(next), _isRegistered(std::move(isRegistered)),
-      _adopted(services, log), _files(services.driveFiles.bind(nullptr)) {}
+                             VolumeObserver& next, Service service)
+    : _services(services), _identity(identity), _log(log), _next(next), _service(std::move(service)),
+      _adopted(services, log), _rules(services, _service.syncedFolders), _files(services.driveFiles.bind(nullptr)) {}
 
 void ServedVolumes::start() {
     loadFamily();
@@ -153,7 +152,7 @@ void ServedVolumes::diskDescriptionChanged(const Value::Dictionary& description)
     const auto was = _known.find(key);
     const std::string left = was == _known.end() ? "" : was->second;
     note(description);
-    const bool known = _isRegistered(key);
+    const bool known = _service.isRegistered(key);
     const bool mounted = !textFor(description, diskdescription::volumePath).empty();
     if (!known && (!mounted || !refusalFor(description).empty())) return;
     _next.diskDescriptionChanged(asServed(description));
@@ -173,50 +172,34 @@ void ServedVolumes::detachIfGone(const std::string& key, const std::string& moun
     });
 }
 
-Result<void> ServedVolumes::checkAdoptable(const std::string& path) {
-    if (!paths::isAbsolute(path)) return refuse(EINVAL, path, "the path is not absolute");
-    const std::string home = _services.system.home();
-    if (paths::isAtOrBelow(home, path)) return refuse(EINVAL, path, "the home folder cannot be a drive");
-    const std::array<std::string, 4> own = {
-        paths::join(_services.system.configHome(), application::bundleIdentifier),
-        paths::join(_services.system.stateHome(), "vantaro"),
-        paths::join(home, ".Z_VT_W"),
-        paths::join(home, "Library/Logs"),
-    };
-    for (const std::string& folder : own) {
-        if (paths::isAtOrBelow(path, folder) || paths::isAtOrBelow(folder, path))
-            return refuse(EINVAL, path, "the agent keeps files of its own there");
-    }
-    const auto attributes = _files->files().attributesFollowing(path);
-    if (!attributes.ok()) return attributes.error();
-    if (!attributes->isDirectory()) return refuse(ENOTDIR, path, "it is no volume and no folder");
-    const auto stat = _services.volumes.statVolume(path);
-    if (!stat.ok()) return stat.error();
-    if (stat->readOnly) return refuse(EROFS, path, "the volume is read-only");
-    return {};
-}
-
-Result<void> ServedVolumes::adopt(const std::string& path) {
-    const std::string clean = paths::clean(path);
-    if (auto checked = checkAdoptable(clean); !checked.ok()) return checked;
-    auto description = _services.volumes.describe(clean);
-    // A second mount of a volume, and one in a place of the system's own, raise no events: they are served as folders.
+Result<std::string> ServedVolumes::adopt(const std::string& path) {
+    const std::string asked = paths::clean(path);
+    const auto folder = _rules.folderAt(asked);
+    if (!folder.ok()) return folder.error();
+    const auto served = _service.driveWithRoot(folder->device, folder->inode);
+    const std::string place = served ? *served : isListed(folder->realPath) ? folder->realPath : asked;
+    auto description = _services.volumes.describe(place);
     if (description && isShare(*description))
-        return refuse(EINVAL, clean, "a network share is served as one of a wireless drive only");
-    if (description && isListed(clean)) {
-        const AdoptedDrive drive = driveOf(*description);
-        if (auto remembered = _adopted.remember(drive); !remembered.ok()) return remembered;
+        return refuse(EINVAL, place, "a network share is served as one of a wireless drive only");
+    // A second mount of a volume, and one in a place of the system's own, raise no events: they are served as folders.
+    const bool isVolume = description && isListed(place);
+    const AdoptedDrive drive = isVolume ? driveOf(*description) : AdoptedDrive{place, std::nullopt, true};
+    if (!served && !_adopted.isAdopted(drive)) {
+        if (const auto checked = _rules.checkIsNoSource(place, *folder); !checked.ok()) return checked.error();
+    }
+    if (auto remembered = _adopted.remember(drive); !remembered.ok()) return remembered.error();
+    if (isVolume) {
         const std::string key = textFor(*description, diskdescription::mediaBsdName);
         // Where its mount was not reported yet the drive arrives with that report: to take it in now would turn the
         // report into a departure.
-        if (!_isRegistered(key) && _known.contains(key)) diskDescriptionChanged(*description);
-        return {};
+        if (!_service.isRegistered(key) && _known.contains(key)) diskDescriptionChanged(*description);
+        return place;
     }
-    const AdoptedDrive drive{clean, std::nullopt, true};
-    if (auto remembered = _adopted.remember(drive); !remembered.ok()) return remembered;
-    auto added = _services.volumes.addFolderDrive(clean);
-    if (!added.ok()) _adopted.forget(drive).ignore();
-    return added;
+    if (auto added = _services.volumes.addFolderDrive(place); !added.ok()) {
+        _adopted.forget(drive).ignore();
+        return added.error();
+    }
+    return place;
 }
 
 bool ServedVolumes::isListed(const std::string& mountPoint) {
@@ -248,7 +231,7 @@ std::vector<ServedVolumes::Volume> ServedVolumes::volumes() {
                       textFor(*description, diskdescription::volumeKind),
                       {}};
         if (volume.name.empty()) volume.name = paths::lastComponent(mountPoint);
-        if (!_isRegistered(textFor(*description, diskdescription::mediaBsdName))) {
+        if (!_service.isRegistered(textFor(*description, diskdescription::mediaBsdName))) {
             volume.reason = refusalFor(*description);
             if (volume.reason.empty()) volume.reason = "it has not arrived yet";
         }

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "app/AdoptedDrives.h"
+#include "app/AdoptionRules.h"
 #include "config/HostIdentity.h"
 #include "platform/VolumeService.h"
 
@@ -26,14 +27,22 @@ class ServedVolumes final : public VolumeObserver {
         std::string reason; // why it is not served; empty when it is
     };
 
+    // What is served, as the registry and the drives tell. All are asked again each time.
+    struct Service {
+        std::function<bool(const std::string& key)> isRegistered;
+        std::function<std::vector<AdoptionRules::SyncedFolder>()> syncedFolders;
+        // Where the drive with this root is served; null: it is no drive's.
+        std::function<std::optional<std::string>(std::uint64_t device, std::uint64_t inode)> driveWithRoot;
+    };
     ServedVolumes(ApplicationServices& services, const HostIdentity& identity, LogSink& log, VolumeObserver& next,
-                  std::function<bool(const std::string& key)> isRegistered);
+                  Service service);
 
     void start(); // remembered folders come back, then events flow
     void stop();
 
-    // EINVAL for "/", the home folder and the agent's own folders, ENOENT, ENOTDIR, EROFS. An event follows.
-    Result<void> adopt(const std::string& path);
+    // Where the drive is served, which is `path` or, where that is a link or a second mount, where it leads to. EINVAL
+    // for what can never be a drive, ENOENT, ENOTDIR, EACCES, EROFS. An event follows.
+    Result<std::string> adopt(const std::string& path);
     Result<void> forget(const std::string& path);
     [[nodiscard]] std::vector<Volume> volumes();
 
@@ -45,7 +54,6 @@ class ServedVolumes final : public VolumeObserver {
     [[nodiscard]] std::string refusalFor(const Value::Dictionary& description);
     [[nodiscard]] bool isOfFamily(const Value::Dictionary& description) const;
     [[nodiscard]] bool namesThisUser(const std::string& mountPoint);
-    [[nodiscard]] Result<void> checkAdoptable(const std::string& path);
     // What the core sees: a volume that is served counts as external, the adopted one of an internal disk too.
     [[nodiscard]] static Value::Dictionary asServed(Value::Dictionary description);
     [[nodiscard]] bool isListed(const std::string& mountPoint);
@@ -58,8 +66,9 @@ class ServedVolumes final : public VolumeObserver {
     const HostIdentity& _identity;
     LogSink& _log;
     VolumeObserver& _next;
-    std::function<bool(const std::string&)> _isRegistered;
+    Service _service;
     AdoptedDrives _adopted;
+    AdoptionRules _rules;
     std::unique_ptr<DriveFiles> _files;
     std::vector<std::string> _family;          // lower case
     std::map<std::string, std::string> _known; // mount points that the platform has reported, by media BSD name

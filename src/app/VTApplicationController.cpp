@@ -55,8 +55,34 @@ struct VTApplicationController::Parts {
                 services.system,        host,
                 services.clock,         log};
     }
+    ServedVolumes::Service servedDrives() {
+        return {[this](const std::string& key) { return registry.controllerForKey(key) != nullptr; },
+                [this] { return syncedFolders(); },
+                [this](std::uint64_t device, std::uint64_t inode) { return driveWithRoot(device, inode); }};
+    }
+    [[nodiscard]] std::vector<AdoptionRules::SyncedFolder> syncedFolders() const;
+    [[nodiscard]] std::optional<std::string> driveWithRoot(std::uint64_t device, std::uint64_t inode) const;
     void updateContinuousSyncSettings() { continuous.updateContinuousSyncSettings(); }
 };
+
+std::vector<AdoptionRules::SyncedFolder> VTApplicationController::Parts::syncedFolders() const {
+    const HomePaths homePaths(services.system.home());
+    std::vector<AdoptionRules::SyncedFolder> folders;
+    for (const auto& [key, controller] : registry.all())
+        for (const std::string& item : controller->shadowedSyncList())
+            folders.push_back({homePaths.standardise(item), controller->deviceMountPoint()});
+    return folders;
+}
+
+std::optional<std::string> VTApplicationController::Parts::driveWithRoot(std::uint64_t device,
+                                                                         std::uint64_t inode) const {
+    for (const SyncProcess::Root& root : syncServices.process->servedRoots()) {
+        if (root.device != device || root.inode != inode) continue;
+        const auto controller = registry.syncControllerForMountPoint(root.mountPoint);
+        if (controller && controller->deviceMountPoint() == root.mountPoint) return root.mountPoint;
+    }
+    return std::nullopt;
+}
 
 VTApplicationController::Parts::Parts(ApplicationServices given)
     : services(std::move(given)), identity(services.system), exclusions(HomePaths(services.system.home())),
@@ -86,8 +112,7 @@ VTApplicationController::Parts::Parts(ApplicationServices given)
       waiting(services, registry, continuous), delayed(services.runLoop, registry),
       localFiles(services.driveFiles.bind(nullptr)), arrival(collaborators()),
       commands(collaborators(), configuration()), events(commands),
-      served(services, identity, log, arrival,
-             [this](const std::string& key) { return registry.controllerForKey(key) != nullptr; }),
+      served(services, identity, log, arrival, servedDrives()),
       explainer({services.runLoop, services.threads, services.media, exclusions, localFiles->files(),
                  services.system.home()}),
       drives(collaborators(), arrival, served, events, explainer, waiting), tasks(services.children) {

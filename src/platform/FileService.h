@@ -64,6 +64,8 @@ class FileService {
     // A file, link or whole tree, children first, leaving no volume (a mount inside the tree is an error, EXDEV).
     // `question` may be empty: the first error ends it. ENOENT when nothing is there.
     [[nodiscard]] virtual Result<void> remove(const std::string& path, const RemovalQuestion& question) = 0;
+    // This user may make entries in the folder, or in the one that a link leads to. EACCES, EROFS, ENOTDIR.
+    [[nodiscard]] virtual Result<void> checkWritable(const std::string& folder) = 0;
     [[nodiscard]] virtual Result<std::string> readLink(const std::string& path) = 0;
     [[nodiscard]] virtual Result<void> makeLink(const std::string& path, const std::string& target) = 0;
     [[nodiscard]] virtual Result<void> setImmutable(const std::string& path, bool immutable) = 0;

@@ -1,6 +1,8 @@
 // Which volumes are served, and that nothing is written to any other.
 #include "AppWorld.h"
 
+#include <array>
+
 namespace vt::test {
 namespace {
 
@@ -217,6 +219,104 @@ TEST_F(ServedVolumesTest, WhatCannotBeADriveIsRefused) {
     for (const auto& [path, reason] : rows) EXPECT_NE(world.adopt(path).find(reason), std::string::npos) << path;
     EXPECT_NE(world.adopt("/nowhere"), "");
     EXPECT_EQ(world.keys(), Keys{});
+}
+
+TEST_F(ServedVolumesTest, TheSystemsOwnPlacesAreNoDrives) {
+    for (const char* place : {"/usr", "/etc/skel", "/boot/efi", "/dev/disk", "/sys/fs/cgroup", "/var", "/run"}) {
+        world.makeFolders(place);
+        EXPECT_EQ(world.adopt(place), "\"" + std::string(place) + "\": the system keeps files of its own there");
+    }
+    for (const char* fileSystem : {"proc", "cgroup2", "devtmpfs"}) {
+        const std::string place = std::string("/srv/") + fileSystem;
+        FakeMount state;
+        state.fileSystem = fileSystem;
+        world.makeFolders(place);
+        world.volumes.mount(fileSystem, place, state);
+        EXPECT_EQ(world.adopt(place), "\"" + place + "\": no file can be kept there");
+    }
+    EXPECT_EQ(world.keys(), Keys{});
+    // People have folders of their own in some of them.
+    const Keys places = {"/dev/shm", "/run/media/ada/stick", "/usr/local/backup", "/var/backups", "/srv"};
+    for (const std::string& place : places) {
+        world.makeFolders(place);
+        EXPECT_EQ(world.adopt(place), "") << place;
+    }
+    EXPECT_EQ(world.keys().size(), places.size());
+}
+
+TEST_F(ServedVolumesTest, ALinkDoesNotHideWhatCannotBeADrive) {
+    world.makeFolders("/home/ada/.local/state/vantaro");
+    world.makeFolders("/etc");
+    world.makeFolders("/links");
+    const std::vector<std::array<std::string, 3>> rows = {
+        {"/links/home", "/home/ada", "the home folder cannot be a drive"},
+        {"/links/above", "/home", "the home folder cannot be a drive"},
+        {"/links/state", "/home/ada/.local/state", "the agent keeps files of its own there"},
+        {"/links/etc", "/etc", "the system keeps files of its own there"},
+    };
+    for (const auto& [link, target, reason] : rows) {
+        ASSERT_TRUE(world.files.makeLink(link, target).ok());
+        EXPECT_EQ(world.adopt(link), "\"" + link + "\": " + reason);
+    }
+    EXPECT_EQ(world.keys(), Keys{});
+}
+
+TEST_F(ServedVolumesTest, WhereThisUserMayNotWriteIsNoDrive) {
+    world.mount(AppWorld::stick, "disk8s1", plainStick());
+    world.makeFolders("/srv/of others");
+    for (const char* place : {AppWorld::stick, "/srv/of others"}) {
+        world.disk.faults().fail("checkWritable", place, EACCES);
+        EXPECT_EQ(world.adopt(place), "\"" + std::string(place) + "\": this user may not write there");
+    }
+    EXPECT_EQ(world.keys(), Keys{});
+    EXPECT_EQ(pathsOf(world.files, world.files, AppWorld::stick), Keys{});
+}
+
+TEST_F(ServedVolumesTest, AFolderThatIsCopiedToDrivesIsNoDrive) {
+    world.makeFolders("/home/ada/Letters/backup");
+    world.makeFolders("/links");
+    EXPECT_EQ(world.adopt("/home/ada/Music"),
+              "\"/home/ada/Music\": it is one of the folders that every new drive keeps copies of");
+    EXPECT_FALSE(world.read("/home/ada/Music/.VantaroConfig").has_value());
+    world.mount(AppWorld::stick, "disk8s1", AppWorld::family());
+    const auto stick = world.controllerAt("disk8s1");
+    stick->playWorkerByHand();
+    const auto setList = [&](const std::string& folder) {
+        world.pass(1000);
+        SyncWorld::run(*stick);
+        world.app->commands().setSyncList({folder}, AppWorld::stick);
+        world.pass(1000);
+        ASSERT_EQ(stick->shadowedSyncList(), Keys{folder});
+    };
+    setList("~/Letters");
+    ASSERT_TRUE(world.files.makeLink("/links/letters", "/home/ada/Letters").ok());
+    const std::string reason = "it is on the sync list of the drive \"/media/stick\" and cannot be a drive itself";
+    EXPECT_EQ(world.adopt("/home/ada/Letters"), "\"/home/ada/Letters\": " + reason);
+    EXPECT_EQ(world.adopt("/links/letters"), "\"/links/letters\": " + reason);
+    EXPECT_EQ(world.keys(), Keys{"disk8s1"});
+    // What lies in it may be one, and so may a drive that another came to keep.
+    EXPECT_EQ(world.adopt("/home/ada/Letters/backup"), "");
+    setList("~/Letters/backup");
+    EXPECT_EQ(world.adopt("/home/ada/Letters/backup"), "");
+}
+
+TEST_F(ServedVolumesTest, ALinkToADriveIsThatDrive) {
+    world.makeFolders("/links");
+    world.makeFolders("/srv/backup");
+    world.mount(AppWorld::stick, "disk8s1", plainStick());
+    ASSERT_TRUE(world.files.makeLink("/links/stick", AppWorld::stick).ok());
+    ASSERT_TRUE(world.files.makeLink("/links/backup", "/srv/backup").ok());
+    EXPECT_EQ(world.adopt("/links/stick"), "");
+    EXPECT_EQ(world.keys(), Keys{"disk8s1"});
+    EXPECT_EQ(world.adopt("/srv/backup"), "");
+    const Keys both = world.keys();
+    ASSERT_EQ(both.size(), 2U);
+    for (const char* link : {"/links/stick", "/links/backup"}) EXPECT_EQ(world.adopt(link), "");
+    EXPECT_EQ(world.keys(), both);
+    // Known as the volume that it is: wherever it is mounted.
+    world.unmount(AppWorld::stick, "disk8s1");
+    world.mount("/media/elsewhere", "disk9s1", plainStick());
+    EXPECT_EQ(world.keys()[0], "disk9s1");
 }
 
 } // namespace

@@ -85,6 +85,13 @@ TEST_P(FilesContract, pathsThatNameNothingAreRefused) {
     EXPECT_EQ(_files.attributes(at(std::string("nul\0x", 5))).code(), EINVAL);
 }
 
+TEST_P(FilesContract, aFolderSaysWhetherItCanBeWritten) {
+    build({folder("d"), file("f", "1")});
+    EXPECT_EQ(_files.checkWritable(at("d")).code(), 0);
+    EXPECT_EQ(_files.checkWritable(at("f")).code(), ENOTDIR);
+    EXPECT_EQ(_files.checkWritable(at("none")).code(), ENOENT);
+}
+
 TEST_P(FilesContract, listGivesEveryEntryWithItsAttributesAndFollowsNoLink) {
     build({file("d/a", "1"), folder("d/b"), link("d/c", "/nowhere"), link("to-d", "d")});
     const auto entries = _files.list(at("d"));

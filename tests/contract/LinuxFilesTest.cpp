@@ -175,6 +175,25 @@ TEST_F(LinuxFilesTest, refusedAccessIsAskedAboutAndTheRestGoes) {
     EXPECT_THAT(pathsOf(_files, _files, _folder.path()), testing::ElementsAre("t/", "t/shut/", "t/shut/b"));
 }
 
+TEST_F(LinuxFilesTest, whoMayWriteIntoAFolderIsTheSystemsAnswer) {
+    buildTree(_files, _files, _folder.path(),
+              {folder("open"), folder("shut"), folder("of others"), file("file", "1"), link("to-open", "open")});
+    ASSERT_EQ(::chown((_folder / "open").c_str(), nobody, nobody), 0);
+    ASSERT_EQ(::chown((_folder / "shut").c_str(), nobody, nobody), 0);
+    ASSERT_TRUE(_files.setMode(_folder.path(), 0755).ok());
+    ASSERT_TRUE(_files.setMode(_folder / "shut", 0600).ok());
+    const std::string answer = asUser(nobody, [&]() -> std::string {
+        LinuxFiles files;
+        return expectEqual("open", files.checkWritable(_folder / "open").code(), 0) +
+               expectEqual("through a link", files.checkWritable(_folder / "to-open").code(), 0) +
+               expectEqual("shut", files.checkWritable(_folder / "shut").code(), EACCES) +
+               expectEqual("of others", files.checkWritable(_folder / "of others").code(), EACCES) +
+               expectEqual("no folder", files.checkWritable(_folder / "file").code(), ENOTDIR) +
+               expectEqual("nothing", files.checkWritable(_folder / "none").code(), ENOENT);
+    });
+    EXPECT_EQ(answer, "");
+}
+
 TEST_F(LinuxFilesTest, aFolderClosedToWritingMovesAndStaysClosed) {
     buildTree(_files, _files, _folder.path(), {file("from/old/a", "1"), file("to/new/b", "2")});
     for (const std::string path : {"from", "from/old", "to", "to/new"})

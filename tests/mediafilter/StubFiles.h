@@ -44,6 +44,7 @@ class StubFiles final : public FileService {
     Result<void> makeDirectory(const std::string& path, std::uint32_t) override { return refused(path); }
     Result<void> move(const std::string& from, const std::string&, Replace) override { return refused(from); }
     Result<void> remove(const std::string& path, const RemovalQuestion&) override { return refused(path); }
+    Result<void> checkWritable(const std::string& folder) override { return refused(folder); }
     Result<std::string> readLink(const std::string& path) override { return refused(path); }
     Result<void> makeLink(const std::string& path, const std::string&) override { return refused(path); }
     Result<void> setImmutable(const std::string& path, bool) override { return refused(path); }

@@ -144,6 +144,15 @@ Result<void> FakeFiles::remove(const std::string& path, const RemovalQuestion& q
     return *removal.first;
 }
 
+Result<void> FakeFiles::checkWritable(const std::string& folder) {
+    const auto held = _disk.lock();
+    const Result<FakeSpot> spot = begin("checkWritable", folder, Missing::refused, true);
+    if (!spot) return spot.error();
+    if (!spot->node->attributes.isDirectory()) return Error::fromErrno(ENOTDIR, folder);
+    if (spot->volume->readOnly) return Error::fromErrno(EROFS, folder);
+    return {};
+}
+
 Result<std::string> FakeFiles::readLink(const std::string& path) {
     const auto held = _disk.lock();
     const Result<FakeSpot> spot = begin("readLink", path, Missing::refused);

@@ -21,6 +21,7 @@ class FakeFiles final : public FileService, public FileContents {
     [[nodiscard]] Result<void> makeDirectory(const std::string& path, std::uint32_t mode) override;
     [[nodiscard]] Result<void> move(const std::string& from, const std::string& to, Replace replace) override;
     [[nodiscard]] Result<void> remove(const std::string& path, const RemovalQuestion& question) override;
+    [[nodiscard]] Result<void> checkWritable(const std::string& folder) override;
     [[nodiscard]] Result<std::string> readLink(const std::string& path) override;
     [[nodiscard]] Result<void> makeLink(const std::string& path, const std::string& target) override;
     [[nodiscard]] Result<void> setImmutable(const std::string& path, bool immutable) override;

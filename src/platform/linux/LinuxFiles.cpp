@@ -167,6 +167,13 @@ Result<void> LinuxFiles::remove(const std::string& path, const RemovalQuestion& 
     return TreeRemoval(_locator, question).remove(path);
 }
 
+Result<void> LinuxFiles::checkWritable(const std::string& folder) {
+    const Result<UniqueFd> opened = _locator.open(folder, O_PATH | O_DIRECTORY);
+    if (!opened) return opened.error();
+    if (::faccessat(opened->get(), ".", W_OK | X_OK, AT_EACCESS) != 0) return _locator.error(errno, folder);
+    return {};
+}
+
 Result<std::string> LinuxFiles::readLink(const std::string& path) {
     Result<Place> place = _locator.place(path);
     if (!place) return place.error();
