@@ -151,8 +151,12 @@ void ContinuousSync::setContinuousSyncNotificationsEnabled(bool enabled) {
 }
 
 void ContinuousSync::mainThreadEventDataReceived(const std::string& bytes) {
-    _watchedSince.erase(bytes);
-    m_continuousSyncItems.push_back(bytes);
+    // Another program may have left its terminator in, or detours that no path on a drive may have.
+    const HomePaths homePaths(_services.system.home());
+    const std::string path = homePaths.standardise(bytes.substr(0, bytes.find('\0')));
+    if (path.empty()) return;
+    _watchedSince.erase(path);
+    m_continuousSyncItems.push_back(path);
     mainThreadStartContinuousSyncTimer();
 }
 

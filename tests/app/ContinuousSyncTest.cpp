@@ -181,6 +181,17 @@ TEST(ContinuousSync, EventDataOfOthersCountsAndEmptyDataDoesNot) {
     EXPECT_THAT(world.handedTo(*stick), ElementsAre(Paths{music}));
 }
 
+TEST(ContinuousSync, EventDataOfOthersIsPutIntoTheFormOfAPath) {
+    ContinuousWorld world;
+    const std::string data[] = {"/home/ada/Music/Live/", "~/Music//Live/.", "/home/ada/Music/x/../../Private",
+                                std::string("/home/ada/Music\0", 16), std::string("\0/etc", 5)};
+    for (const std::string& bytes : data)
+        world.notifications.arrive(eventData, "com.corvane.vantaro.notifications", {{"evdata", Value::Data{bytes}}});
+    world.loop.runPending();
+    EXPECT_THAT(world.continuous.continuousSyncItems(),
+                ElementsAre("/home/ada/Music/Live", "/home/ada/Music/Live", "/home/ada/Private", music));
+}
+
 TEST(ContinuousSync, SwitchingOffKeepsTheRefreshRequest) {
     ContinuousWorld world;
     world.addContinuousDrive("one", {"~/Music"});
