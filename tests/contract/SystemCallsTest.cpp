@@ -45,6 +45,12 @@ class SystemCallsTest : public testing::Test {
         const iovec place{&byte, 1};
         return ::preadv2(file.get(), &place, 1, 0, RWF_NOWAIT) >= 0 || errno != EAGAIN;
     }
+    [[nodiscard]] bool sharesExtents() const {
+        struct statfs volume {};
+        EXPECT_EQ(::statfs(_folder.path().c_str(), &volume), 0);
+        constexpr long btrfs = 0x9123683E, xfs = 0x58465342;
+        return volume.f_type == btrfs || volume.f_type == xfs;
+    }
     // What a file more costs, once everything that is done once has been done.
     int callsForOneMore(const std::function<void(const std::string&)>& work, long number = -1) {
         makeFiles("few", some);
@@ -112,13 +118,26 @@ TEST_F(SystemCallsTest, aLargeFileIsWrittenOutWhileItIsCopied) {
         };
         return SystemCalls::of(copy).count(SYS_sync_file_range);
     };
-    struct statfs volume {};
-    ASSERT_EQ(::statfs(_folder.path().c_str(), &volume), 0);
-    constexpr long btrfs = 0x9123683E, xfs = 0x58465342;
-    const bool sharesExtents = volume.f_type == btrfs || volume.f_type == xfs;
-    EXPECT_EQ(written("large"), sharesExtents ? 0 : 4 + 3); // four stretches sent, three of them waited for
+    EXPECT_EQ(written("large"), sharesExtents() ? 0 : 4 + 3); // four stretches sent, three of them waited for
     EXPECT_EQ(written("small"), 0);
     EXPECT_EQ(_files.attributes(_folder / "large-copy")->size, 33 * mebibyte);
+}
+
+// Of the copy three stretches leave the memory, of the source its five, unless they were there before.
+TEST_F(SystemCallsTest, aLargeFileTakesNoMemoryThatItDidNotHaveBefore) {
+    buildTree(_files, _files, _folder.path(), {file("large", std::string(33 * mebibyte, 'l')), file("other", "o")});
+    const auto letGo = [&](const std::string& copy) {
+        CopyWitness witness;
+        const auto work = [&] { (void)_copier.copyItem(_folder / "large", _folder / copy, witness); };
+        return SystemCalls::of(work).count(SYS_fadvise64);
+    };
+    const bool shares = sharesExtents();
+    EXPECT_EQ(letGo("copy of what is in memory"), shares ? 0 : 3);
+    const bool cold = !isInMemory(forgetContent("other")); // a folder in memory alone never leaves it
+    forgetContent("large");
+    EXPECT_EQ(letGo("copy of what is not"), shares ? 0 : cold ? 3 + 5 : 3);
+    EXPECT_TRUE(_files.read(_folder / "copy of what is not", 34 * mebibyte).valueOr("") ==
+                std::string(33 * mebibyte, 'l'));
 }
 
 } // namespace

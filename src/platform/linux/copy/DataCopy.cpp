@@ -29,7 +29,7 @@ int DataCopy::copy(int source, const struct stat& before, int destination, dev_t
     _source = source;
     _before = &before;
     _destination = destination;
-    _behind = WriteBehind(destination);
+    _writeBehind = WriteBehind(destination);
     _destinationDevice = destinationDevice;
     _road = _experience.road(before.st_dev, destinationDevice);
     _at = 0;
@@ -42,6 +42,7 @@ int DataCopy::copy(int source, const struct stat& before, int destination, dev_t
         _road = code == EXDEV ? DataRoad::plain : DataRoad::range;
         if (code != EINVAL) _experience.setRoad(before.st_dev, destinationDevice, _road);
     }
+    _readBehind.begin(source, before.st_size);
     const bool sparse = before.st_blocks * statBlock < before.st_size;
     const int code = sparse ? copySparse() : copySegment(before.st_size);
     return code != 0 ? code : report(true);
@@ -78,7 +79,8 @@ int DataCopy::copySegment(off_t end) {
         if (code != 0) return code;
         if (copied == 0) return 0; // shorter than it was: the look afterwards sees it
         _at += static_cast<off_t>(copied);
-        if (const int failed = _behind.wrote(_at); failed != 0) return failed;
+        if (const int failed = _writeBehind.wrote(_at); failed != 0) return failed;
+        _readBehind.read(_at);
         if (_at - _reported >= pieceSize && _at < _before->st_size)
             if (const int stop = report(false); stop != 0) return stop;
     }

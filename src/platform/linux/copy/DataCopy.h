@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/linux/copy/CopyExperience.h"
+#include "platform/linux/copy/ReadBehind.h"
 #include "platform/linux/copy/WriteBehind.h"
 
 #include <cstdint>
@@ -37,7 +38,8 @@ class DataCopy {
     int _destination = -1;
     dev_t _destinationDevice = 0;
     DataRoad _road = DataRoad::clone;
-    WriteBehind _behind{-1};
+    ReadBehind _readBehind;
+    WriteBehind _writeBehind{-1};
     off_t _at = 0;
     off_t _reported = 0;
 };

@@ -14,6 +14,8 @@ int WriteBehind::wrote(off_t end) {
     if (end - _sent < stretch) return 0;
     // The stretch before this one had the time that this one took.
     if (const int code = ask(_written, _sent, SYNC_FILE_RANGE_WAIT_BEFORE); code != 0) return code;
+    // Nobody reads it here; only what is on the disk leaves the memory.
+    if (_written != _sent) (void)::posix_fadvise(_file, _written, _sent - _written, POSIX_FADV_DONTNEED);
     _written = _sent;
     if (const int code = ask(_sent, end, SYNC_FILE_RANGE_WRITE); code != 0) return code;
     _sent = end;

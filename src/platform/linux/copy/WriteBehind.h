@@ -1,5 +1,5 @@
 // Sends what a large file has received to the disk while the copying goes on: reading and writing overlap, the flush at
-// the end has little left to do, and a slow drive never fills the computer's memory with what it has not taken yet.
+// the end has little left to do, and neither what a slow drive has not taken yet nor what it has fills the memory.
 // Thread: one. Errors: errno values of writes that failed, 0 for success; a file system that cannot do it is none.
 // Units: bytes.
 #pragma once

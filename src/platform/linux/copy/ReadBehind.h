@@ -1,0 +1,25 @@
+// Gives back the memory that the reading of a larger file takes: a long sync does not push out what the person works
+// with for content that is used once. What was in memory before the copy is somebody's and stays.
+// Thread: one. Errors: none; where the file system cannot tell what is in memory, all of it stays. Units: bytes.
+#pragma once
+
+#include <sys/types.h>
+#include <vector>
+
+namespace vt {
+
+class ReadBehind {
+  public:
+    // Before the first byte of `file` is read.
+    void begin(int file, off_t size);
+    // The file was read up to `end`.
+    void read(off_t end);
+
+  private:
+    int _file = -1;
+    off_t _size = 0;
+    off_t _done = 0;             // up to here it is decided
+    std::vector<bool> _wasThere; // by stretches, before the copy
+};
+
+} // namespace vt
