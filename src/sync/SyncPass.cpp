@@ -147,7 +147,7 @@ bool SyncPass::compareItems(const std::vector<ChosenItem>& items) {
                               NameRule(drive.caseSensitive), _previousSyncTime);
     for (std::size_t i = 0; i < items.size(); ++i) {
         const std::string local = _services.paths.local(items[i].path);
-        _services.log.logLine("Processing \"%@\".", paths::displayText(paths::lastComponent(local)));
+        _services.log.logLine("Processing \"%@\".", _services.delegate.displayNameAtPath(local));
         if (roots->at(i) == ownDrive) {
             _services.log.logLine("\"%@\" lies on its own drive and is left out.", paths::displayText(local));
             continue;
@@ -237,7 +237,7 @@ void SyncPass::settle() {
     _services.owed.settle(_scanResults, _tally, walked, committed);
     _services.copied.settle(committed, walked && !_bDoingContinuousSync);
     if (walked && committed && _tally.failedOrSkipped == _tally.refusedNames)
-        _services.tools.journal().settle(_finalPaths);
+        _services.tools.journal().settle(_finalPaths, _tally.stillInDoubt);
 }
 
 void SyncPass::syncThreadCleanupAfterSync() {

@@ -71,6 +71,26 @@ TEST(CompareLines, aFileItemOnNeitherSideSaysSo) {
                                "the Pushkey."));
 }
 
+TEST(CompareLines, aFileItemOnTheDriveOnlyIsNamedAndCounted) {
+    SyncWorld world({"~/song.mp3"});
+    world.host.debug = true;
+    world.onDrive({file("song.mp3", "s", at(-10))});
+    world.sync();
+    EXPECT_TRUE(world.succeeded());
+    EXPECT_TRUE(world.host.has("-\n-: skipping Pushkey item \"/media/stick/ada_Workbench/song.mp3\""));
+    EXPECT_TRUE(world.summary().ends_with(" 1 only on the drive.")) << world.summary();
+}
+
+TEST(CompareLines, anItemThatIsAVolumeIsShownByItsLabel) {
+    SyncWorld world({"/media/card", "~/Music"});
+    FakeMount card;
+    card.label = "PHOTOS";
+    world.mountDrive("/media/card", "disk7s1", card);
+    world.sync();
+    EXPECT_TRUE(world.host.has("Processing \"PHOTOS\"."));
+    EXPECT_TRUE(world.host.has("Processing \"Music\"."));
+}
+
 TEST(CompareLines, noLineIsFormedWhileDebugIsOff) {
     SyncWorld world;
     world.computer({file("Music/a.mp3", "a", at(-10))});

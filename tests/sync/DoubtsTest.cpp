@@ -94,6 +94,55 @@ TEST(Doubts, oneThatIsLaterThanWhatTheComputerHasNowIsSetAsideFirst) {
     EXPECT_EQ(world.read(std::string(archive) + "/2013-05-21/ada_Workbench/Music/a.mp3"), "whole content");
 }
 
+// Whether the journal has its name or only the time since when it is in doubt.
+class DoubtfulThatIsNotCopied : public testing::TestWithParam<const char*> {
+  protected:
+    // `leaveOut` keeps one sync from copying the song again, `letIn` makes an end of that.
+    void expectCopiedLater(const std::function<void(SyncWorld&)>& leaveOut,
+                           const std::function<void(SyncWorld&)>& letIn) {
+        SyncWorld world;
+        world.system.boot = "first";
+        world.controller = world.controllerFor(SyncWorld::drive);
+        world.join(*world.controller, {"~/Music"});
+        world.computer({file("Music/a.mp3", "whole content", at(-10)), file("Music/b.txt", "b", at(-10))});
+        world.disk.faults().fail("flushVolume", SyncWorld::drive, EIO);
+        world.sync();
+        world.disk.faults().clear();
+        world.system.boot = GetParam();
+        world.clock.setNow(at(10));
+        world.controller = world.controllerFor(SyncWorld::drive);
+        world.join(*world.controller, {"~/Music"});
+        world.write(copied, "", at(-10)); // what a power cut has left
+        leaveOut(world);
+        for (int pass = 0; pass < 2; ++pass) world.sync();
+        EXPECT_EQ(world.read(copied), "");
+        letIn(world);
+        world.sync();
+        EXPECT_EQ(world.read(copied), "whole content");
+        world.disk.faults().clearLog();
+        world.sync();
+        const auto& log = world.disk.faults().log();
+        EXPECT_TRUE(std::ranges::none_of(log, [](const std::string& call) { return call.starts_with("copyFile"); }));
+        EXPECT_FALSE(world.exists(archive));
+    }
+};
+
+TEST_P(DoubtfulThatIsNotCopied, becauseTheFilterRefusesItStaysInDoubt) {
+    const auto onlyTexts = VTContainerValidator::suffixMatch(".*\\.txt$", true);
+    expectCopiedLater([&](SyncWorld& world) { world.controller->updateFileValidator({&onlyTexts}); },
+                      [](SyncWorld& world) { world.controller->updateFileValidator({&world.everything}); });
+}
+
+TEST_P(DoubtfulThatIsNotCopied, becauseTheComputerHasItNoMoreStaysInDoubt) {
+    constexpr const char* song = "/home/ada/Music/a.mp3";
+    constexpr const char* elsewhere = "/home/ada/a.mp3";
+    expectCopiedLater([&](SyncWorld& world) { world.files.move(song, elsewhere, Replace::never).ignore(); },
+                      [&](SyncWorld& world) { world.files.move(elsewhere, song, Replace::never).ignore(); });
+}
+
+INSTANTIATE_TEST_SUITE_P(Starts, DoubtfulThatIsNotCopied, testing::Values("first", "second"),
+                         [](const auto& start) { return std::string(start.param) + "Start"; });
+
 TEST(Doubts, onceFlushedNothingIsCopiedAgain) {
     DoubtfulWorld world;
     world.sync();

@@ -146,13 +146,13 @@ TEST_F(JournalTest, SettlingForgetsOnlyWhatThePassWalked) {
     }
     auto next = journal("boot-2");
     next.beginPass({});
-    next.settle({d("Music")});
+    next.settle({d("Music")}, {});
     EXPECT_EQ(next.leftovers().files.size(), 1U);
     EXPECT_EQ(next.leftovers().groups[0].items, (Lines{d("Pictures")}));
     auto third = journal("boot-2");
     third.beginPass({});
     EXPECT_EQ(third.leftovers().files.count(d("Pictures/b")), 1U);
-    third.settle({d("Pictures")});
+    third.settle({d("Pictures")}, {});
     EXPECT_TRUE(journalFiles().empty());
 }
 
@@ -165,7 +165,7 @@ TEST_F(JournalTest, PartlyWalkedGroupIsWrittenBackToo) {
     {
         auto next = journal("boot-2");
         next.beginPass({});
-        next.settle({d("Music")});
+        next.settle({d("Music")}, {});
     }
     auto third = journal("boot-2");
     ASSERT_EQ(third.beginPass({}).groups.size(), 1U);
@@ -256,7 +256,7 @@ TEST_F(JournalTest, CopiesOfAPassThatEndedWithoutAFlushWaitForTheNextOne) {
     {
         auto next = journal(); // should the process end now after all
         EXPECT_EQ(next.beginPass({}).files.size(), 1U);
-        next.settle({d("Music")});
+        next.settle({d("Music")}, {});
     }
     EXPECT_TRUE(one.flush().ok());
     EXPECT_EQ(flushes, 1);

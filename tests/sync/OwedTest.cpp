@@ -97,6 +97,24 @@ TEST(OwedPass, aFilterThatWasNarrowerMeanwhileCoversNothing) {
     EXPECT_EQ(world.read(copied), "two");
 }
 
+// As a film that could not be read in time.
+TEST(OwedPass, aFileThatWasRefusedMeanwhileIsOwedAlsoWhereItIsAnItemOfItsOwn) {
+    for (const char* item : {"~/Music", "~/Music/a.mp3"}) {
+        OwedWorld world({item});
+        world.begin();
+        const auto onlyTexts = VTContainerValidator::suffixMatch(".*\\.txt$", true);
+        world.controller->updateFileValidator({&onlyTexts});
+        world.write(song, "two", at(5));
+        world.clock.setNow(at(10));
+        world.sync(); // stamps, without the song
+        EXPECT_EQ(world.read(copied), "one") << item;
+        world.controller->updateFileValidator({&world.everything});
+        world.clock.setNow(at(20));
+        world.sync();
+        EXPECT_EQ(world.read(copied), "two") << item;
+    }
+}
+
 TEST(OwedPass, aTimeTakenWithAFastClockDoesNotHideEdits) {
     OwedWorld world;
     world.clock.setNow(at(600));

@@ -100,6 +100,18 @@ TEST(ProcessResults, aLinkIsNeverCopiedAndLeavesTheResultAsItWas) {
     EXPECT_EQ(w.copiesTree(), Tree{});
 }
 
+TEST(ProcessResults, aRefusedEntryLeavesAnOlderCopyThatTheDriveIsOwedAnew) {
+    ProcessWorld w;
+    w.computer({file("refused.zip", "new"), file("fresh.zip", "new")});
+    w.onDrive({file("refused.zip", "old")});
+    w.add(1, 2, "refused.zip", "refused.zip", [](ScanEntry& entry) { entry.pushkeyFileModDate = at(-5); });
+    w.add(1, 1, "fresh.zip", "fresh.zip");
+    EXPECT_TRUE(w.process());
+    EXPECT_EQ(w.read("/media/stick/ada_Workbench/refused.zip"), "old");
+    EXPECT_EQ(w.tally.leftOut, (std::map<std::string, OwedReason>{{"/home/ada/refused.zip", OwedReason::filtered}}));
+    EXPECT_EQ(w.tally.failedOrSkipped, 0U);
+}
+
 TEST(ProcessResults, aNewerDriveFileOfASingleUserGoesWithoutAMarker) {
     ProcessWorld w;
     w.onDrive({file("a.txt", "newer")});

@@ -18,6 +18,7 @@ class FakeSystemIdentity : public SystemIdentity {
     std::map<UserFolder, std::string> folders; // absolute; the ones that are not there are left out
     std::string configFolder;                  // "": ~/.config
     std::string dataFolder;                    // "": ~/.local/share
+    std::string boot;                          // of this start of the computer
     std::string stateFolder;                   // "": ~/.local/state
 
     [[nodiscard]] std::string home() const override { return homePath; }
@@ -32,6 +33,7 @@ class FakeSystemIdentity : public SystemIdentity {
     }
     [[nodiscard]] std::string configHome() const override { return orHome(configFolder, "/.config"); }
     [[nodiscard]] std::string dataHome() const override { return orHome(dataFolder, "/.local/share"); }
+    [[nodiscard]] std::string bootId() const override { return boot; }
     [[nodiscard]] std::string stateHome() const override { return orHome(stateFolder, "/.local/state"); }
 
   private:

@@ -17,7 +17,8 @@ Value::Dictionary FakeVolumes::description(const std::string& name, const Disk& 
     };
     const FakeMount& volume = disk.volume;
     add(key::volumePath, disk.mountPoint);
-    add(key::volumeName, disk.mountPoint.empty() ? name : paths::lastComponent(disk.mountPoint));
+    const std::string unnamed = disk.mountPoint.empty() ? name : paths::lastComponent(disk.mountPoint);
+    add(key::volumeName, volume.label.empty() ? unnamed : volume.label);
     add(key::volumeKind, volume.fileSystem);
     result.insert_or_assign(key::volumeNetwork, volume.network);
     if (volume.network) return result;

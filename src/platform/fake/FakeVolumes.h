@@ -30,6 +30,7 @@ struct FakeMount {
     bool internal = false;
     bool network = false;
     DestinationCapabilities capabilities;
+    std::string label; // empty: the mount point's last component
 };
 
 class FakeVolumes final : public VolumeService {

@@ -64,7 +64,10 @@ bool ItemComparison::syncThreadSyncItem(const std::string& itemPath, Index local
     }
     if (!_services.filter.shouldCopyItem(item.local, name, known ? &*known : nullptr)) {
         _services.log.debugLine("-\n-: skipping \"%@\"\n-:     <--> \"%@\"", shown(item.local), shown(item.drive));
-        skipFiltered(item, local, nullptr);
+        std::optional<FileAttributes> present;
+        if (there && _services.snapshot.kind(local) == FileKind::regular)
+            if (const auto drive = _services.files.attributes(item.drive)) present = *drive;
+        skipFiltered(item, local, present ? &*present : nullptr);
         closingLines(item, true);
         return true;
     }
@@ -104,12 +107,15 @@ std::optional<FileAttributes> ItemComparison::lookOnDrive(const std::string& pat
 
 ItemComparison::Answer ItemComparison::compare(const Item& item, Index local, const FileAttributes* drive) {
     if (local == ComputerSnapshot::none) {
-        if (drive == nullptr)
+        if (drive == nullptr) {
             _services.log.debugLine("-\n-: unable to sync \"%@\" with \"%@\" because it does not exist on either the "
                                     "Mac or the Pushkey.",
                                     shown(item.local), shown(item.drive));
-        else
+        } else {
             _services.log.debugLine("-\n-: skipping Pushkey item \"%@\"", shown(item.drive));
+            noteDoubt(item.drive, *drive);
+            ++_services.tally.driveOnly;
+        }
         return Answer::yes;
     }
     if (_services.snapshot.leftOut(local)) {
@@ -157,6 +163,7 @@ ItemComparison::Answer ItemComparison::decide(const Item& item, Index local, con
                                               Date localDate, Date driveDate) {
     const FileDecision decision = compareFileDates(localDate, driveDate, _lastSync);
     const bool doubtful = _services.doubts != nullptr && _services.doubts->mayBeShort(item.drive, drive);
+    if (doubtful) _services.tally.stillInDoubt.emplace(item.drive, drive.modified);
     const bool toDrive = doubtful || decision.verdict == FileVerdict::toDrive;
     const auto complete = [&](ScanEntry entry) {
         entry.localFileModDate = localDate;
@@ -276,6 +283,12 @@ void ItemComparison::skipFiltered(const Item& item, Index local, const FileAttri
     // An older copy stays on the drive: once the filter lets the file through again, the drive is owed it.
     if (drive != nullptr && local != ComputerSnapshot::none && _services.snapshot.modified(local) > drive->modified)
         _services.tally.leftOut.emplace(item.local, OwedReason::filtered);
+    if (drive != nullptr) noteDoubt(item.drive, *drive);
+}
+
+void ItemComparison::noteDoubt(const std::string& path, const FileAttributes& present) {
+    if (present.isRegular() && _services.doubts != nullptr && _services.doubts->mayBeShort(path, present))
+        _services.tally.stillInDoubt.emplace(path, present.modified);
 }
 
 void ItemComparison::closingLines(const Item& item, bool result) const {

@@ -90,6 +90,8 @@ class ItemComparison {
     [[nodiscard]] Date newestOnDrive(const std::string& package, const FileAttributes& attributes);
     [[nodiscard]] std::string workPath(const std::string& work, const std::string& drive) const;
     [[nodiscard]] ScanEntry entryFor(const Item& item, Index local, unsigned type, unsigned action) const;
+    // Until it is copied again.
+    void noteDoubt(const std::string& path, const FileAttributes& present);
     bool add(const ScanEntry& entry);
     void closingLines(const Item& item, bool result) const;
 

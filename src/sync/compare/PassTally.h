@@ -12,6 +12,8 @@ namespace vt {
 
 struct PassTally {
     std::map<std::string, OwedReason> leftOut; // paths on the computer that failed, were skipped or refused
+    // Places on the drive that may be short and were not copied again, with the dates that they have there.
+    std::map<std::string, Date> stillInDoubt;
     std::uint64_t failedOrSkipped = 0;
     std::uint64_t refusedNames = 0; // of these, what the drive cannot hold at all: no later pass can do better
     std::uint64_t filteredCount = 0;

@@ -55,7 +55,7 @@ const CopyJournal::Leftovers& CopyJournal::beginPass(std::vector<std::string> it
             if ((!group && name != leftoversName) || waitsForFlush(path)) continue;
             readEarlierGroup(path);
             if (group) read.push_back(path);
-            toWrite = toWrite || group;
+            toWrite = group;
         }
     }
     if (toWrite) writeLeftovers();
@@ -120,13 +120,16 @@ std::optional<Date> CopyJournal::dateGiven(const std::string& path) const {
     return found->second;
 }
 
-void CopyJournal::settle(const std::vector<std::string>& items) {
+void CopyJournal::settle(const std::vector<std::string>& items, const std::map<std::string, Date>& stillInDoubt) {
     if (_leftovers.files.empty() && _leftovers.groups.empty()) return;
-    std::erase_if(_leftovers.files, [&](const auto& file) { return isBelowAny(file.first, items); });
+    std::size_t changes = std::erase_if(_leftovers.files, [&](const auto& file) {
+        return isBelowAny(file.first, items) && !stillInDoubt.contains(file.first);
+    });
     for (auto& group : _leftovers.groups)
-        std::erase_if(group.items, [&](const std::string& item) { return isBelowAny(item, items); });
+        changes += std::erase_if(group.items, [&](const std::string& item) { return isBelowAny(item, items); });
     std::erase_if(_leftovers.groups, [](const Leftovers::Group& group) { return group.items.empty(); });
-    writeLeftovers();
+    for (const auto& file : stillInDoubt) changes += _leftovers.files.insert(file).second ? 1U : 0U;
+    if (changes != 0) writeLeftovers();
 }
 
 void CopyJournal::beforeCopy() {

@@ -51,8 +51,9 @@ class CopyJournal {
     const Leftovers& beginPass(std::vector<std::string> items);
     [[nodiscard]] const Leftovers& leftovers() const { return _leftovers; }
     [[nodiscard]] std::optional<Date> dateGiven(const std::string& path) const;
-    // After the last flush of a pass that copied again, or found whole, all that was in doubt at or below `items`.
-    void settle(const std::vector<std::string>& items);
+    // After the last flush of a pass over `items`: all that was in doubt at or below them was copied again or found
+    // whole, but for these, with the dates that they have on the drive.
+    void settle(const std::vector<std::string>& items, const std::map<std::string, Date>& stillInDoubt);
 
     void beforeCopy();
     void afterCopy(const std::string& path, Date written, std::uint64_t bytes);

@@ -13,6 +13,7 @@ namespace vt {
 class CopyDoubts {
   public:
     explicit CopyDoubts(const CopyJournal::Leftovers& leftovers) : _leftovers(leftovers) {}
+    [[nodiscard]] bool none() const { return _leftovers.files.empty() && _leftovers.groups.empty(); }
     // `path` is the final place on the drive, `present` what lies there.
     [[nodiscard]] bool mayBeShort(const std::string& path, const FileAttributes& present) const;
 

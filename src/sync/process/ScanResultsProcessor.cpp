@@ -64,12 +64,18 @@ void ScanResultsProcessor::copyToDrive(const ScanEntry& entry, bool& result) {
         _services.files.remove(*entry.trueDelete, {}).ignore();
     const auto now = _services.files.attributes(entry.localPath);
     if (!_services.filter.shouldCopyMediaFile(entry.localPath, paths::lastComponent(entry.localPath),
-                                              now ? &*now : nullptr))
+                                              now ? &*now : nullptr)) {
+        // It was accepted when it was compared. The older copy stays, and the drive is owed the file.
+        if (entry.pushkeyFileModDate && !_services.cancel.pending())
+            _services.tally.leftOut.emplace(entry.computerPath, OwedReason::filtered);
         return;
+    }
     const auto failedBefore = _services.tally.leftOut.size();
     result = _services.tree.copyPathOntoPath(entry.localPath, entry.pushkeyPath, true, _services.errorReporter().get(),
                                              now ? &*now : nullptr);
-    if (!result && _services.tally.leftOut.size() == failedBefore)
+    if (result) _services.tally.stillInDoubt.erase(entry.drivePath);
+    // What a cancel has cut short is owed with all that was not reached.
+    if (!result && _services.tally.leftOut.size() == failedBefore && !_services.cancel.pending())
         _services.tally.fail(entry.localPath, OwedReason::failed);
     // A second copy that is no more complete than the first would only fill the archive with copies of itself.
     if (result && completesPackage(entry) && _services.tally.leftOut.contains(entry.localPath))
