@@ -11,10 +11,20 @@ bool isHomeRelative(std::string_view item) {
     return item == "~" || item.substr(0, 2) == "~/";
 }
 
+// The drive's configuration is XML, which other programs read too: one character that XML cannot hold, and to them the
+// whole file is corrupt.
+bool fitsIntoXml(std::string_view text) {
+    const bool controls = std::any_of(text.begin(), text.end(), [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+    });
+    return !controls && paths::isValidUtf8(text) && text.find("\xef\xbf\xbe") == std::string_view::npos &&
+           text.find("\xef\xbf\xbf") == std::string_view::npos;
+}
+
 } // namespace
 
 std::optional<std::string> normaliseSyncItem(std::string_view item, const HomePaths& home) {
-    if (item.empty() || item.find('\0') != std::string_view::npos || !paths::isValidUtf8(item)) return std::nullopt;
+    if (item.empty() || !fitsIntoXml(item)) return std::nullopt;
     if (isHomeRelative(item)) {
         const std::string tidy = home.abbreviate(home.standardise(item));
         return tidy == "~" ? "~/" : tidy;

@@ -12,7 +12,8 @@
 namespace vt {
 
 // "~" reads as "~/", any other trailing "/" goes, the path is standardised without following a link. Null for an item
-// that no list can hold: empty, not UTF-8, with a NUL, or still with a ".." component.
+// that no list can hold: empty, not UTF-8, with a character that XML cannot hold (control characters but tab and line
+// ends, U+FFFE, U+FFFF), or still with a ".." component.
 [[nodiscard]] std::optional<std::string> normaliseSyncItem(std::string_view item, const HomePaths& home);
 
 struct SyncItems {

@@ -221,6 +221,14 @@ TEST(SyncList, ItemsThatAreNoTextAreRefusedWithALineEachOnce) {
     EXPECT_EQ(world.log.lines(), lines);
 }
 
+TEST(SyncList, AnItemThatXmlCannotHoldIsRefused) {
+    ConfigurationWorld world;
+    const auto config = world.open();
+    ASSERT_TRUE(config->setSyncItemList(Items{"~/a\x1b[2Jb", "~/line\nend"}));
+    EXPECT_EQ(config->syncItemList(), Items{"~/line\nend"});
+    EXPECT_EQ(world.log.lines(), (Lines{"The sync item \"~/a\\x1B[2Jb\" was left out: it is not a usable path."}));
+}
+
 TEST(SyncList, HostileItemsOfTheFileAreLeftOutOnReading) {
     ConfigurationWorld world;
     const Value::Array items{"~/ok/", "../../etc", 5, Value::Array{}, "~", "~/a/../b", "rel/../../up"};
@@ -253,6 +261,9 @@ INSTANTIATE_TEST_SUITE_P(
                     ItemRow{"aboveRoot", "/../../etc", "/etc"}, ItemRow{"relative", "a/b/", "a/b"},
                     ItemRow{"relativeUp", "../a", nullptr}, ItemRow{"relativeUpInside", "a/../../b", nullptr},
                     ItemRow{"empty", "", nullptr}, ItemRow{"notText", "/a\xff", nullptr},
+                    ItemRow{"control", "/a\x1b", nullptr}, ItemRow{"lineEnds", "/a\n\r\tb", "/a\n\r\tb"},
+                    ItemRow{"noCharacter", "/a\xef\xbf\xbe", nullptr},
+                    ItemRow{"lastNoCharacter", "~/\xef\xbf\xbf", nullptr}, ItemRow{"delete", "/a\x7f", "/a\x7f"},
                     ItemRow{"dotsInName", "~/a..b", "~/a..b"}, ItemRow{"otherUser", "~bob/x", "~bob/x"}),
     [](const auto& row) { return row.param.name; });
 
