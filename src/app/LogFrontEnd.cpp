@@ -66,4 +66,11 @@ void LogFrontEnd::toggleLogWindow() {
         _log.show();
 }
 
+LogFrontEnd::MenuItem LogFrontEnd::validateUserInterfaceItem(const std::string& action) const {
+    MenuItem item;
+    if (action == "toggleLogWindow:") item.title = localised(_log.isLogWindowVisible() ? "Hide Log" : "Show Log");
+    if (action == "toggleDebugMode:") item.checked = debugEnabled();
+    return item;
+}
+
 } // namespace vt

@@ -7,6 +7,8 @@
 #include "log/VTLogController.h"
 
 #include <atomic>
+#include <optional>
+#include <string>
 
 namespace vt {
 
@@ -24,6 +26,13 @@ class LogFrontEnd final : public LogSink {
     void toggleDebugMode();
     void toggleLogWindow();
     void clearLogWindow() { _log.clearLog(); }
+    struct MenuItem {
+        bool enabled = true;              // every item is
+        std::optional<std::string> title; // null: the item keeps its own
+        bool checked = false;
+    };
+    // `action` is the selector that the item sends.
+    [[nodiscard]] MenuItem validateUserInterfaceItem(const std::string& action) const;
     [[nodiscard]] VTLogController& controller() { return _log; }
 
   private:

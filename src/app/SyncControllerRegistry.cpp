@@ -32,6 +32,7 @@ std::shared_ptr<VTSyncController> SyncControllerRegistry::createSyncControllerFo
     auto controller = VTSyncController::controllerForMountPoint(mountPoint, deviceVendor, uuid, bsdNode, _services);
     if (!controller || stringWithDevNodeFromMountPoint(_services.volumes, mountPoint) != node) return nullptr;
     _syncControllers[node.value_or(mountPoint)] = controller;
+    _windowCascadePoint = VTSyncController::cascadeWindowFromPoint(_windowCascadePoint);
     // The key reads empty for a share, which has no device node.
     _log.debugMessage(formatText("syncControllerForMountPoint: created %@ key=%@",
                                  {paths::displayText(mountPoint), node.value_or("")}));

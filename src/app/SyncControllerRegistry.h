@@ -36,6 +36,9 @@ class SyncControllerRegistry {
     [[nodiscard]] const Controllers& all() const { return _syncControllers; }
     [[nodiscard]] Controllers takeAll() { return std::exchange(_syncControllers, {}); }
 
+    // From here the next controller's progress window is cascaded; each controller answers where it goes on from.
+    [[nodiscard]] VTSyncController::Point windowCascadePoint() const { return _windowCascadePoint; }
+
     // Told after a controller joined or left, with its mount point.
     std::function<void(const std::string& mountPoint)> appeared;
     std::function<void(const std::string& mountPoint)> disappeared;
@@ -46,6 +49,7 @@ class SyncControllerRegistry {
     SyncServices& _services;
     LogSink& _log;
     Controllers _syncControllers;
+    VTSyncController::Point _windowCascadePoint{80, 0}; // no screen: its top edge is at 0
 };
 
 } // namespace vt

@@ -3,6 +3,7 @@
 #include "app/ApplicationExclusions.h"
 #include "app/ApplicationHost.h"
 #include "config/VTUserDefaults.h"
+#include "log/LogWorld.h"
 
 namespace vt::test {
 namespace {
@@ -148,6 +149,38 @@ TEST(VTApplicationController, ASetUpDriveGetsExactlyTwoFolders) {
     const auto controller = world.controllerAt("disk8s1");
     world.pass(1000);
     EXPECT_TRUE(world.loop.runUntil([&] { return controller->shadowedSyncList() == Lines{"~/Sites", "~/Shared"}; }));
+}
+
+TEST(VTApplicationController, EveryMenuItemIsEnabledAndTwoTellTheState) {
+    AppWorld world(false);
+    WindowRecord window;
+    ApplicationServices services = world.services();
+    services.makeLogWindow = [&] { return std::make_unique<RecordingWindow>(window, world.loop); };
+    LogFrontEnd log(services);
+    using Title = std::optional<std::string>;
+    EXPECT_EQ(log.validateUserInterfaceItem("toggleLogWindow:").title, Title("Show Log"));
+    log.toggleLogWindow();
+    EXPECT_TRUE(window.visible);
+    EXPECT_EQ(log.validateUserInterfaceItem("toggleLogWindow:").title, Title("Hide Log"));
+    log.toggleLogWindow();
+    EXPECT_FALSE(window.visible);
+    EXPECT_EQ(log.validateUserInterfaceItem("toggleLogWindow:").title, Title("Show Log"));
+    for (const bool debug : {true, false}) {
+        log.toggleDebugMode();
+        EXPECT_EQ(log.validateUserInterfaceItem("toggleDebugMode:").checked, debug);
+    }
+    for (const char* action : {"toggleLogWindow:", "toggleDebugMode:", "clearLogWindow:", "doHelp:", "anything:"})
+        EXPECT_TRUE(log.validateUserInterfaceItem(action).enabled) << action;
+    EXPECT_EQ(log.validateUserInterfaceItem("doHelp:").title, Title());
+}
+
+TEST(VTApplicationController, NoWindowIsCascaded) {
+    AppWorld world;
+    world.start();
+    for (const char* key : {"disk8s1", "disk8s2"}) world.mount(std::string("/media/") + key, key, AppWorld::family());
+    EXPECT_EQ(world.keys().size(), 2U);
+    EXPECT_EQ(world.app->registry().windowCascadePoint().x, 80);
+    EXPECT_EQ(world.app->registry().windowCascadePoint().y, 0);
 }
 
 TEST(ApplicationExclusions, TheTablesHoldTheseNamesAndPaths) {

@@ -184,6 +184,17 @@ class CommandLine(Scripted):
             out, err = run.communicate(timeout=support.PATIENCE)
             self.assertEqual((run.returncode, err), (130, ""), arguments)
 
+    def test_130_when_interrupted_while_the_agent_does_not_answer(self):
+        self.world.agent.send_signal(signal.SIGSTOP)
+        try:
+            run = subprocess.Popen([str(support.BIN / "vantaroctl"), "drives"], env=self.world.env, stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, text=True)
+            wait_until(lambda: catches(Path(f"/proc/{run.pid}/status"), signal.SIGINT), "the waiting program")
+            run.send_signal(signal.SIGINT)
+            self.assertEqual((*run.communicate(timeout=support.PATIENCE), run.returncode), ("", "", 130))
+        finally:
+            self.world.agent.send_signal(signal.SIGCONT)
+
     def test_an_agent_that_dies_is_three(self):
         watch = subprocess.Popen([str(support.BIN / "vantaroctl"), "watch"], env=self.world.env, stdout=subprocess.PIPE,
                                  stderr=subprocess.PIPE, text=True)

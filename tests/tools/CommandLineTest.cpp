@@ -42,11 +42,14 @@ TEST(CommandLine, BehindTwoHyphensEverythingIsAnArgument) {
     const CommandLine line = parse({"add", "Stick", "--", "--json", "-x"});
     EXPECT_EQ(line.arguments, (QList<QByteArray>{"Stick", "--json", "-x"}));
     EXPECT_FALSE(line.json);
+    EXPECT_EQ(parse({"add", "Stick", "--", "--", "-x"}).arguments, (QList<QByteArray>{"Stick", "--", "-x"}));
 }
 
 TEST(CommandLine, TheParametersOfARawEventMayBeginWithHyphens) {
-    const CommandLine line = parse({"event", "vnTR", "GETL", "----=furl:/mnt"});
-    EXPECT_EQ(line.arguments, (QList<QByteArray>{"vnTR", "GETL", "----=furl:/mnt"}));
+    const QList<QByteArray> arguments{"vnTR", "GETL", "----=furl:/mnt"};
+    EXPECT_EQ(parse({"event", "vnTR", "GETL", "----=furl:/mnt"}).arguments, arguments);
+    EXPECT_EQ(parse({"event", "vnTR", "GETL", "--", "----=furl:/mnt"}).arguments, arguments);
+    EXPECT_EQ(parse({"event", "--", "vnTR", "GETL", "----=furl:/mnt"}).arguments, arguments);
 }
 
 TEST(CommandLine, ArgumentsKeepTheirBytes) {

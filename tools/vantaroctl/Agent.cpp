@@ -9,8 +9,6 @@
 #include <QFileInfo>
 #include <QStringDecoder>
 
-#include <utility>
-
 namespace ctl {
 
 namespace {
@@ -184,14 +182,13 @@ bool Agent::isRunning() const {
 }
 
 QString Agent::resolve(const QByteArray& drive) {
-    return resolve(drive, true);
+    return resolve(drive, PathsBelow::name);
 }
 QString Agent::resolveExactly(const QByteArray& drive) {
-    return resolve(drive, false);
+    return resolve(drive, PathsBelow::doNotName);
 }
 
-QString Agent::resolve(const QByteArray& drive, bool below) {
-    const QString name = QString::fromUtf8(drive);
+QString Agent::resolve(const QByteArray& drive, PathsBelow below) {
     QStringList paths;
     if (!drive.isEmpty()) {
         paths.append(QString::fromUtf8(absolutePath(drive)));
@@ -199,23 +196,7 @@ QString Agent::resolve(const QByteArray& drive, bool below) {
         if (const QString canonical = QFileInfo(paths.first()).canonicalFilePath(); !canonical.isEmpty())
             paths.append(canonical);
     }
-    const QJsonArray served = drives();
-    QStringList named;
-    for (const QString& path : std::as_const(paths)) {
-        QString best;
-        for (const QJsonValue& value : served) {
-            const QString mountPoint = value["mountPoint"].toString();
-            if ((path == mountPoint || (below && path.startsWith(mountPoint + "/"))) && mountPoint.size() > best.size())
-                best = mountPoint;
-        }
-        if (!best.isEmpty()) return best;
-    }
-    for (const QJsonValue& value : served)
-        if (value["name"].toString() == name) named.append(value["mountPoint"].toString());
-    if (named.size() == 1) return named.first();
-    if (named.size() > 1)
-        throw Failure{agentError, QString("several drives are named \"%1\": %2").arg(name, named.join(", "))};
-    throw Failure{agentError, QString("\"%1\" is not a served drive").arg(name)};
+    return driveMeant(QString::fromUtf8(drive), paths, drives(), below);
 }
 
 void Agent::follow() {

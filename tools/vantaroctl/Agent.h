@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vantaroctl/Descriptor.h"
+#include "vantaroctl/DriveNames.h"
 #include "vantaroctl/WatchPicture.h"
 
 #include <QDBusConnection>
@@ -36,7 +37,8 @@ class Agent : public QObject {
     [[nodiscard]] Record sendRaw(const QString& eventClass, const QString& eventId, const Record& parameters);
     void quit();
 
-    // A mount point, a path below one, or the only drive of that name: its mount point.
+    // A mount point, a path below one, or the only drive of that name (which goes before a bare word's path below one):
+    // its mount point.
     [[nodiscard]] QString resolve(const QByteArray& drive);
     // The same without paths below one: for what must not meet another drive than the one that was meant.
     [[nodiscard]] QString resolveExactly(const QByteArray& drive);
@@ -59,7 +61,7 @@ class Agent : public QObject {
     void ownerChanged(const QString& name, const QString& before, const QString& after);
 
   private:
-    [[nodiscard]] QString resolve(const QByteArray& drive, bool below);
+    [[nodiscard]] QString resolve(const QByteArray& drive, PathsBelow below);
     // 0: as patient as with any call.
     QVariantList call(const char* interface, const char* method, const QVariantList& arguments, int milliseconds = 0);
     QDBusConnection _bus;

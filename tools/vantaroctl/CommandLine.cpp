@@ -24,8 +24,13 @@ double secondsOf(const QByteArray& text) {
 CommandLine CommandLine::parse(const QList<QByteArray>& arguments) {
     CommandLine line;
     bool positionalOnly = false;
+    bool positionalMarked = false; // by "--"
     for (qsizetype index = 0; index < arguments.size(); ++index) {
         const QByteArray& argument = arguments[index];
+        if (argument == "--" && !positionalMarked) {
+            positionalOnly = positionalMarked = true;
+            continue;
+        }
         if (positionalOnly || !argument.startsWith('-') || argument == "-") {
             if (line.command.isEmpty())
                 line.command = argument;
@@ -35,9 +40,7 @@ CommandLine CommandLine::parse(const QList<QByteArray>& arguments) {
             if (line.command == "event" && line.arguments.size() == 2) positionalOnly = true;
             continue;
         }
-        if (argument == "--")
-            positionalOnly = true;
-        else if (argument == "--json")
+        if (argument == "--json")
             line.json = true;
         else if (argument == "--wait")
             line.wait = true;

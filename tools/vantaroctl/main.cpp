@@ -1,12 +1,34 @@
 // vantaroctl: the agent's controlling interface for the command line.
+#include "vantaroctl/Failure.h"
 #include "vantaroctl/Program.h"
 
 #include <QCoreApplication>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <unistd.h>
+
+namespace {
+
+// Whoever waits catches it instead (see Waiting.h); a call that the agent does not answer ends here.
+void endInterrupted(int) {
+    _exit(ctl::interrupted);
+}
+
+void endWhenInterrupted() {
+    struct sigaction before {};
+    // In the background of a shell it is ignored, and stays so.
+    if (sigaction(SIGINT, nullptr, &before) != 0 || before.sa_handler == SIG_IGN) return;
+    struct sigaction action {};
+    action.sa_handler = endInterrupted;
+    sigaction(SIGINT, &action, nullptr);
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
+    endWhenInterrupted();
     const QCoreApplication application(argc, argv);
     QList<QByteArray> arguments;
     for (int i = 1; i < argc; ++i) arguments.append(argv[i]);
