@@ -67,7 +67,7 @@ class LinuxVolumes::Watch {
     Watch(RunLoop& runLoop, std::shared_ptr<Core> core, VolumeObserver& observer)
         : _runLoop(runLoop), _core(std::move(core)), _survey(_core->folders, _core->calls),
           _inbox(std::make_shared<Inbox>(Inbox{&observer})),
-          _monitor([this] { return look(); }, _core->settings.lookInterval) {}
+          _monitor([this](VolumeMonitor::Since since) { return look(since); }, _core->settings.lookInterval) {}
     ~Watch() { _inbox->observer = nullptr; } // what is under way is dropped
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
@@ -79,8 +79,8 @@ class LinuxVolumes::Watch {
     };
 
     // On the monitor's thread.
-    bool look() {
-        const VolumeSnapshot& now = _survey.look();
+    bool look(VolumeMonitor::Since since) {
+        const VolumeSnapshot& now = _survey.look(since == VolumeMonitor::Since::lastLook);
         // Taken after the look, so that none is missed; one that the look still saw counts at the next.
         _forgotten.merge(_core->folders.takeForgotten());
         auto events = _isFirst ? firstVolumeEvents(now) : volumeEvents(*_core->lastLook(), now, _forgotten);

@@ -80,15 +80,17 @@ void VolumeMonitor::lookAgain() {
 void VolumeMonitor::run() {
     MountEvents mounts; // before the first look, so that nothing falls between
     DeviceEvents devices;
+    Since since = Since::mayHaveMounted;
     for (;;) {
-        const bool again = _look();
+        const bool again = _look(since);
         if (_ending) return;
         std::array<pollfd, 3> waits = {pollfd{_wake.get(), POLLIN, 0}, pollfd{mounts.descriptor(), POLLIN, 0},
                                        pollfd{devices.descriptor(), POLLIN, 0}};
         // Without a wake-up descriptor (none left) the end must be noticed by asking.
         const bool asks = again || !_wake.isOpen();
-        ::poll(waits.data(), waits.size(), asks ? static_cast<int>(_interval.count()) : -1);
+        const int woken = ::poll(waits.data(), waits.size(), asks ? static_cast<int>(_interval.count()) : -1);
         if (_ending) return;
+        since = woken == 0 && mounts.descriptor() >= 0 ? Since::lastLook : Since::mayHaveMounted;
         std::uint64_t count = 0;
         if (waits[0].revents != 0 && ::read(_wake.get(), &count, sizeof count) < 0) count = 0;
         if (waits[1].revents != 0) mounts.drain();

@@ -14,8 +14,10 @@ namespace vt {
 
 class VolumeMonitor {
   public:
-    // Called at the start and after each change; true: call again after `interval` even without one.
-    using Look = std::function<bool()>;
+    // Called at the start and after each change; true: call again after `interval` even without one, and then with
+    // Since::lastLook, which says that nothing was mounted or unmounted in between.
+    enum class Since { lastLook, mayHaveMounted };
+    using Look = std::function<bool(Since)>;
     VolumeMonitor(Look look, std::chrono::milliseconds interval);
     ~VolumeMonitor();
     VolumeMonitor(const VolumeMonitor&) = delete;

@@ -138,14 +138,21 @@ void VolumeSurvey::addFolders(const MountTable& table, VolumeSnapshot& next) {
     }
 }
 
-const VolumeSnapshot& VolumeSurvey::look() {
-    const auto table = readSettledMountTable();
-    if (!table) return _last;
+const VolumeSnapshot& VolumeSurvey::look(bool sameMounts) {
+    if (!sameMounts || _table.empty()) {
+        auto table = readSettledMountTable();
+        if (!table) {
+            _table.clear(); // the next look tries again
+            return _last;
+        }
+        _table = std::move(*table);
+        _mustPoll =
+            std::any_of(_table.begin(), _table.end(), [](const MountEntry& e) { return e.type == desktopMount; });
+    }
     VolumeSnapshot next;
-    addDisks(*table, next);
-    addShares(*table, next);
-    addFolders(*table, next);
-    _mustPoll = std::any_of(table->begin(), table->end(), [](const MountEntry& e) { return e.type == desktopMount; });
+    addDisks(_table, next);
+    addShares(_table, next);
+    addFolders(_table, next);
     _last = std::move(next);
     return _last;
 }

@@ -28,7 +28,8 @@ class VolumeSurvey {
     VolumeSurvey(FolderDrives& folders, TimedCalls& calls) : _folders(folders), _calls(calls) {}
 
     // Disks stay known while their device is there, mounted or not. An error of the mount table keeps the last look.
-    const VolumeSnapshot& look();
+    // The table, the costly part, is read anew unless `sameMounts`.
+    const VolumeSnapshot& look(bool sameMounts);
 
     // Block devices that are mounted as drives, each by its first mount; devices that carry a system mount are left
     // out.
@@ -45,6 +46,7 @@ class VolumeSurvey {
     FolderDrives& _folders;
     TimedCalls& _calls;
     VolumeSnapshot _last;
+    MountTable _table;                         // of the last look; empty: none could be read
     std::map<std::string, MountEntry> _mounts; // of the described disks, by key
     bool _mustPoll = false;
 };
