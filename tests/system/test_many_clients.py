@@ -85,8 +85,8 @@ class UnderLoad(Scripted):
             times.append(time.monotonic() - begun)
         used = (self.processor_time() - before) / len(times)
         print(f"median reply {1000 * statistics.median(times):.2f} ms, {1000 * used:.2f} ms of processor time ", end="")
-        # Other programs of this computer may be in front of it; what it does itself is what is held to account.
-        self.assertLess(used, 0.002)
+        # How fast a computer is decides on the figures; that a question costs no search of the drive holds on all.
+        self.assertLess(used, 0.02)
 
     def processor_time(self):
         """Seconds that the agent has used."""
@@ -136,11 +136,28 @@ class Hostile(Scripted):
         before = self.memory()
         with AgentClient(self.world.bus.address) as flooder:
             call = flooder.message(*flooder.event_arguments("DHFS", large), flags=NO_REPLY_EXPECTED)
-            for _ in range(16):
+            for _ in range(40):
                 flooder.socket.sendall(call)
-            self.assertEqual(flooder.event("DHFS", self.drive), {"----": ("true", b"")})
-        self.assertLess(self.memory() - before, 150 << 20, "192 MiB came in")
+            self.assertEqual(self.answer_behind(flooder), {"----": ("true", b"")})
+        self.assertLess(self.memory() - before, 150 << 20, "480 MiB came in")
         self.assertUnharmed()
+
+    def answer_behind(self, flooder):
+        """Asked behind all that the flooder sent. The bus may keep the question in its hands, once it has held a sender
+        back, until that sender says something more."""
+        question = flooder.send(*flooder.event_arguments("DHFS", {"----": furl(self.drive)}))
+        answers = []
+
+        def answered():
+            flooder.socket.settimeout(1)
+            try:
+                answers.append(flooder.receive())
+            except TimeoutError:
+                flooder.send("org.freedesktop.DBus", "/", "org.freedesktop.DBus.Peer", "Ping")
+            return any(serial == question for serial, _ in answers)
+
+        wait_until(answered, "the answer behind the flood")
+        return dict(answers)[question][0]
 
     def test_a_sender_that_reads_none_of_its_replies(self):
         flooder = AgentClient(self.world.bus.address)

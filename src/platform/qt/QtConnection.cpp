@@ -2,7 +2,23 @@
 
 #include <QFileInfo>
 
+#include <dbus/dbus.h>
+
+#include <climits>
+
 namespace vt::qtbus {
+
+namespace {
+
+// The bus library stops reading while messages of more than a limit are kept, and goes on when they are let go. QtDBus
+// reads on a thread of its own and takes that sign on no other: a message let go on ours would leave the connection
+// deaf for ever. What is kept is bounded where requests stand in line.
+void neverStopReading(const QDBusConnection& connection) {
+    if (auto* const raw = static_cast<DBusConnection*>(connection.internalPointer()))
+        dbus_connection_set_max_received_size(raw, LONG_MAX);
+}
+
+} // namespace
 
 QDBusConnection openSessionBus() {
     QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
@@ -16,7 +32,9 @@ QDBusConnection openSessionBus() {
 }
 
 QDBusConnection openBusAt(const QString& address, const QString& connectionName) {
-    return QDBusConnection::connectToBus(address, connectionName);
+    QDBusConnection connection = QDBusConnection::connectToBus(address, connectionName);
+    neverStopReading(connection);
+    return connection;
 }
 
 } // namespace vt::qtbus

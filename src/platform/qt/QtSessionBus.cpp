@@ -14,6 +14,8 @@
 #include <QElapsedTimer>
 #include <QTimer>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <deque>
 #include <exception>
@@ -27,6 +29,7 @@ namespace {
 constexpr int patienceAtTheEnd = 1'000; // milliseconds
 constexpr qint64 longestTurn = 5;       // milliseconds of answering before the run loop looks at everything else
 constexpr std::size_t longestLine = 10'000;
+constexpr std::size_t largestLine = std::size_t{64} * 1024 * 1024; // bytes
 
 QString latin(const char* text) {
     return QString::fromLatin1(text);
@@ -47,6 +50,17 @@ Result<QVariant> dictionaries(const std::vector<Value::Dictionary>& items) {
     return QVariant::fromValue(list);
 }
 
+// Memory that it takes, about.
+std::size_t contentBytes(const EventDescriptor& descriptor) {
+    std::size_t sum = sizeof descriptor;
+    if (const auto* bytes = descriptor.bytes()) sum += bytes->size();
+    if (const auto* list = descriptor.list())
+        for (const EventDescriptor& item : *list) sum += contentBytes(item);
+    if (const auto* record = descriptor.record())
+        for (const auto& [keyword, field] : *record) sum += contentBytes(field);
+    return sum;
+}
+
 } // namespace
 
 class QtSessionBus::Object final : public QDBusVirtualObject {
@@ -60,34 +74,84 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
     QString introspect(const QString&) const override { return {}; }
 
     // What is asked of the agent stands in line here and is served a few at a time, so that a flood keeps neither the
-    // main thread's timers and descriptors nor a signal that ends it waiting. The bus library holds a sender back once
-    // too many bytes stand in line; this holds for their number.
+    // main thread's timers and descriptors nor a signal that ends it waiting. The line is bounded in number and bytes.
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
         const QString interface = message.interface();
-        const QString member = message.member();
-        if (interface == latin("org.freedesktop.DBus.Introspectable") && member == latin("Introspect")) {
+        if (interface == latin("org.freedesktop.DBus.Introspectable") && message.member() == latin("Introspect")) {
             qtbus::reply(message, connection, QVariant(latin(qtbus::introspectionXml)));
             return true;
         }
-        const bool isOurs =
-            interface.isEmpty() ? isMember(member) : interface.startsWith(latin("com.corvane.vantaro."));
-        if (!isOurs) return false; // QtDBus answers for the standard interfaces
-        if (_line.size() >= longestLine) {
-            if (message.isReplyRequired())
-                connection.send(message.createErrorReply(QDBusError::LimitsExceeded,
-                                                         latin("the agent has too many requests to answer")));
-            return true;
-        }
-        _line.push_back({message, connection});
-        if (!_turn.isActive()) _turn.start();
+        const Method* const method = methodOf(message);
+        if (method == nullptr && !interface.startsWith(latin("com.corvane.vantaro."))) return false; // QtDBus answers
+        if (method == nullptr)
+            refuse(message, connection, QDBusError::UnknownMethod,
+                   interface + latin(" has no method \"") + message.member() + latin("\""));
+        else if (_line.size() >= longestLine)
+            refuse(message, connection, QDBusError::LimitsExceeded, latin("the agent has too many requests to answer"));
+        else if (message.signature() != latin(method->signature))
+            refuse(message, connection, QDBusError::InvalidArgs,
+                   message.member() + latin(" takes \"") + latin(method->signature) + latin("\", not \"") +
+                       message.signature() + latin("\""));
+        else
+            standInLine(Request{message, connection, method});
         return true;
     }
 
   private:
+    struct Request;
+    struct Method {
+        const char* interface;
+        const char* name;
+        const char* signature;
+        void (Object::*serve)(const Request&);
+    };
     struct Request {
         QDBusMessage message;
         QDBusConnection connection;
+        const Method* method;
+        EventDescriptor::Record parameters = {}; // of Send
+        std::size_t size = 0;                    // bytes
     };
+
+    // A caller may leave the interface out: the name decides then.
+    static const Method* methodOf(const QDBusMessage& message) {
+        const QString interface = message.interface();
+        const QString member = message.member();
+        const auto found = std::find_if(methods.begin(), methods.end(), [&](const Method& method) {
+            return member == latin(method.name) && (interface.isEmpty() || interface == latin(method.interface));
+        });
+        return found == methods.end() ? nullptr : &*found;
+    }
+
+    static void refuse(const QDBusMessage& message, const QDBusConnection& connection, QDBusError::ErrorType error,
+                       const QString& text) {
+        if (message.isReplyRequired()) connection.send(message.createErrorReply(error, text));
+    }
+
+    // Read at once, since only then its size is known.
+    void standInLine(Request request) {
+        if (request.method->serve == &Object::send) {
+            auto parameters = qtdescriptors::fromBus(request.message.arguments().at(2));
+            if (!parameters) {
+                refuse(request.message, request.connection, QDBusError::InvalidArgs,
+                       qtvalues::text(parameters.error().text));
+                return;
+            }
+            request.parameters = std::move(*parameters);
+            for (const auto& [keyword, descriptor] : request.parameters) request.size += contentBytes(descriptor);
+        } else {
+            for (const QVariant& argument : request.message.arguments())
+                request.size += static_cast<std::size_t>(argument.toString().size()) * sizeof(QChar);
+        }
+        if (_bytesInLine + request.size > largestLine) {
+            refuse(request.message, request.connection, QDBusError::LimitsExceeded,
+                   latin("the agent has too large requests to answer"));
+            return;
+        }
+        _bytesInLine += request.size;
+        _line.push_back(std::move(request));
+        if (!_turn.isActive()) _turn.start();
+    }
 
     void serve() {
         QElapsedTimer sinceTurn;
@@ -95,8 +159,9 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
         while (!_line.empty() && sinceTurn.elapsed() < longestTurn) {
             const Request request = std::move(_line.front());
             _line.pop_front();
+            _bytesInLine -= request.size;
             try {
-                handle(request.message, request.connection);
+                (this->*request.method->serve)(request);
             } catch (const std::exception& exception) {
                 if (request.message.isReplyRequired())
                     request.connection.send(
@@ -106,101 +171,82 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
         if (_line.empty()) _turn.stop();
     }
 
-    static bool isMember(const QString& member) {
-        for (const char* const own :
-             {"Send", "List", "Volumes", "Waiting", "Adopt", "Forget", "Progress", "Eject", "Explain"})
-            if (member == latin(own)) return true;
-        return false;
+    static std::shared_ptr<QtBusReply> owed(const Request& request, QtBusReply::Missing missing) {
+        return std::make_shared<QtBusReply>(request.message, request.connection, missing);
     }
 
-    void handle(const QDBusMessage& message, const QDBusConnection& connection) {
-        const QString interface = message.interface();
-        const QString member = message.member();
-        // A caller may leave the interface out: the member decides then.
-        const bool events = interface.isEmpty() || interface == latin(qtbus::eventsInterface);
-        const bool drives = interface.isEmpty() || interface == latin(qtbus::drivesInterface);
-        if (events && member == latin("Send")) {
-            if (hasSignature(message, connection, "ssa{s(sv)}")) send(message, connection);
-        } else if (drives && (member == latin("List") || member == latin("Volumes") || member == latin("Waiting"))) {
-            if (hasSignature(message, connection, "")) qtbus::reply(message, connection, dictionaries(listed(member)));
-        } else if (drives && (member == latin("Adopt") || member == latin("Forget") || member == latin("Progress") ||
-                              member == latin("Eject"))) {
-            if (hasSignature(message, connection, "s")) onPath(member, message, connection);
-        } else if (drives && member == latin("Explain")) {
-            if (hasSignature(message, connection, "ss")) explain(message, connection);
-        } else if (message.isReplyRequired()) {
-            connection.send(message.createErrorReply(QDBusError::UnknownMethod,
-                                                     interface + latin(" has no method \"") + member + latin("\"")));
-        }
+    void list(const Request& request) {
+        qtbus::reply(request.message, request.connection, dictionaries(_service.drives()));
+    }
+    void volumes(const Request& request) {
+        qtbus::reply(request.message, request.connection, dictionaries(_service.volumes()));
+    }
+    void waiting(const Request& request) {
+        qtbus::reply(request.message, request.connection, dictionaries(_service.waiting()));
+    }
+    void adopt(const Request& request) {
+        _service.adopt(pathArgument(request.message),
+                       [owed = owed(request, QtBusReply::Missing::noSuchFile)](const Result<Value::Dictionary>& drive) {
+                           owed->answer(drive);
+                       });
+    }
+    void forget(const Request& request) {
+        _service.forget(pathArgument(request.message), [owed = owed(request, QtBusReply::Missing::notServed)](
+                                                           const Result<void>& outcome) { owed->answer(outcome); });
+    }
+    void eject(const Request& request) {
+        _service.eject(pathArgument(request.message), [owed = owed(request, QtBusReply::Missing::notServed)](
+                                                          const Result<void>& outcome) { owed->answer(outcome); });
+    }
+    void progress(const Request& request) {
+        _service.progress(pathArgument(request.message),
+                          [owed = owed(request, QtBusReply::Missing::notServed)](
+                              const Result<Value::Dictionary>& answer) { owed->answer(answer); });
+    }
+    void explain(const Request& request) {
+        _service.explain(pathArgument(request.message), pathArgument(request.message, 1),
+                         [owed = owed(request, QtBusReply::Missing::notServed)](
+                             const Result<Value::Dictionary>& answer) { owed->answer(answer); });
     }
 
-    std::vector<Value::Dictionary> listed(const QString& member) {
-        if (member == latin("List")) return _service.drives();
-        return member == latin("Volumes") ? _service.volumes() : _service.waiting();
-    }
-
-    static void invalidArguments(const QDBusMessage& message, const QDBusConnection& connection, const QString& text) {
-        if (message.isReplyRequired()) connection.send(message.createErrorReply(QDBusError::InvalidArgs, text));
-    }
-
-    static bool hasSignature(const QDBusMessage& message, const QDBusConnection& connection, const char* signature) {
-        if (message.signature() == latin(signature)) return true;
-        invalidArguments(message, connection,
-                         message.member() + latin(" takes \"") + latin(signature) + latin("\", not \"") +
-                             message.signature() + latin("\""));
-        return false;
-    }
-
-    void onPath(const QString& member, const QDBusMessage& message, const QDBusConnection& connection) {
-        const std::string path = pathArgument(message);
-        if (member == latin("Adopt")) {
-            auto owed = std::make_shared<QtBusReply>(message, connection, QtBusReply::Missing::noSuchFile);
-            _service.adopt(path, [owed](const Result<Value::Dictionary>& drive) { owed->answer(drive); });
-        } else if (member == latin("Forget")) {
-            auto owed = std::make_shared<QtBusReply>(message, connection, QtBusReply::Missing::notServed);
-            _service.forget(path, [owed](const Result<void>& outcome) { owed->answer(outcome); });
-        } else if (member == latin("Eject")) {
-            auto owed = std::make_shared<QtBusReply>(message, connection, QtBusReply::Missing::notServed);
-            _service.eject(path, [owed](const Result<void>& outcome) { owed->answer(outcome); });
-        } else {
-            auto owed = std::make_shared<QtBusReply>(message, connection, QtBusReply::Missing::notServed);
-            _service.progress(path, [owed](const Result<Value::Dictionary>& answer) { owed->answer(answer); });
-        }
-    }
-
-    void explain(const QDBusMessage& message, const QDBusConnection& connection) {
-        auto owed = std::make_shared<QtBusReply>(message, connection, QtBusReply::Missing::notServed);
-        _service.explain(pathArgument(message), pathArgument(message, 1),
-                         [owed](const Result<Value::Dictionary>& answer) { owed->answer(answer); });
-    }
-
-    void send(const QDBusMessage& message, const QDBusConnection& connection) {
-        const QVariantList arguments = message.arguments();
+    void send(const Request& request) {
+        const QVariantList arguments = request.message.arguments();
         const auto eventClass = FourCharCode::fromText(arguments.at(0).toString().toUtf8().toStdString());
         const auto eventId = FourCharCode::fromText(arguments.at(1).toString().toUtf8().toStdString());
-        auto parameters = qtdescriptors::fromBus(arguments.at(2));
-        if (!eventClass || !eventId || !parameters) {
-            const std::string text =
-                parameters ? "an event class and an event ID have four bytes each" : parameters.error().text;
-            invalidArguments(message, connection, qtvalues::text(text));
+        if (!eventClass || !eventId) {
+            refuse(request.message, request.connection, QDBusError::InvalidArgs,
+                   latin("an event class and an event ID have four bytes each"));
             return;
         }
-        const bool wantsReply = message.isReplyRequired();
         using namespace literals;
         if (*eventClass == "aevt"_fcc && *eventId == "quit"_fcc) { // the event that ends any application
-            qtbus::reply(message, connection, qtdescriptors::toBus({}));
+            qtbus::reply(request.message, request.connection, qtdescriptors::toBus({}));
             _service.quit();
             return;
         }
-        const auto answer = _service.event(BusEvent{*eventClass, *eventId, std::move(*parameters), wantsReply});
+        const bool wantsReply = request.message.isReplyRequired();
+        const auto answer = _service.event(BusEvent{*eventClass, *eventId, request.parameters, wantsReply});
         if (answer)
-            qtbus::reply(message, connection, qtdescriptors::toBus(*answer));
+            qtbus::reply(request.message, request.connection, qtdescriptors::toBus(*answer));
         else
-            qtbus::replyError(message, connection, answer.error(), qtbus::errorNameFor(answer.error()));
+            qtbus::replyError(request.message, request.connection, answer.error(), qtbus::errorNameFor(answer.error()));
     }
+
+    static constexpr std::array<Method, 9> methods = {{
+        {qtbus::eventsInterface, "Send", "ssa{s(sv)}", &Object::send},
+        {qtbus::drivesInterface, "List", "", &Object::list},
+        {qtbus::drivesInterface, "Volumes", "", &Object::volumes},
+        {qtbus::drivesInterface, "Waiting", "", &Object::waiting},
+        {qtbus::drivesInterface, "Adopt", "s", &Object::adopt},
+        {qtbus::drivesInterface, "Forget", "s", &Object::forget},
+        {qtbus::drivesInterface, "Progress", "s", &Object::progress},
+        {qtbus::drivesInterface, "Eject", "s", &Object::eject},
+        {qtbus::drivesInterface, "Explain", "ss", &Object::explain},
+    }};
 
     BusService& _service;
     std::deque<Request> _line;
+    std::size_t _bytesInLine = 0;
     QTimer _turn; // fires at each turn of the run loop while somebody stands in line
 };
 
