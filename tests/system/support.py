@@ -3,6 +3,7 @@
 Everything a test makes lives in one temporary folder; a World that was left has no process and no mount behind it.
 """
 
+import ctypes
 import json
 import os
 import plistlib
@@ -17,6 +18,18 @@ from pathlib import Path
 
 BIN = Path(os.environ.get("VANTARO_BIN", Path(__file__).resolve().parents[2] / "build/release/bin"))
 PATIENCE = float(os.environ.get("VANTARO_PATIENCE", "60"))  # seconds, a bound for hangs and no part of any result
+
+
+def own_mounts():
+    """Mounts of this process and its children are seen by nobody else from now on, nor are those of others seen here."""
+    libc = ctypes.CDLL(None, use_errno=True)
+    new_namespace, recursive, private = 0x20000, 0x4000, 1 << 18  # linux/sched.h, linux/mount.h
+    if libc.unshare(new_namespace) != 0 or libc.mount(b"none", b"/", None, ctypes.c_ulong(recursive | private), None) != 0:
+        raise OSError(ctypes.get_errno(), "a mount namespace of its own: " + os.strerror(ctypes.get_errno()))
+
+
+# An agent looks at every mount there is: tests that run side by side must not see each other's.
+own_mounts()
 
 
 def wait_until(condition, what, patience=None):
@@ -63,7 +76,7 @@ class World:
     """One user on one computer: a home, a bus and an agent. Use it as a context manager."""
 
     def __init__(self, address=None, machine=None, debug=False, folder=None):
-        # A world of its own also towards agents of other tests: all see the same mounts, and serve what names their user.
+        # A drive serves whoever it names: no two worlds have the same address.
         address = address or f"02{secrets.token_hex(5).upper()}"
         self.folder = Path(folder or tempfile.mkdtemp(prefix="vantaro-test-"))
         self.owns_folder = folder is None

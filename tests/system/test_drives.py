@@ -262,17 +262,17 @@ class Arrival(SystemTest, DriveTest):
         drive = self.drive().mount()
         self.world.start()
         self.world.adopt(drive.mount_point)
-        # What else the computer does can only make it later.
+        # What else the computer does can only make it later, and with it the mount itself.
         waited = []
-        while len(waited) < 1 or min(waited) >= 2 and len(waited) < 5:
+        while len(waited) < 1 or min(waited) >= 2 and len(waited) < 8:
             drive.let_go()
             wait_until(lambda: self.served() == [], "the departure")
             count = self.world.messages().count('Synchronizing "drive"...')
+            begun = time.monotonic()
             drive.mount()
-            mounted = time.monotonic()
             wait_until(lambda: self.world.messages().count('Synchronizing "drive"...') > count, "the sync on connect")
-            waited.append(time.monotonic() - mounted)
-            self.assertGreaterEqual(waited[-1], 0.9, "it is due one second after the arrival")
+            waited.append(time.monotonic() - begun)
+            self.assertGreaterEqual(waited[-1], 1, "it is due one second after the arrival")
             wait_until(lambda: not self.world.json("drives")[0]["busy"], "its end")
         print("from the mount to the start of the sync:", ", ".join(f"{time:.2f} s" for time in waited), flush=True)
         self.assertLess(min(waited), 2.0)
