@@ -183,10 +183,8 @@ void VTSyncController::Parts::queue(TaskRecord task) {
 
 bool VTSyncController::Parts::busy() {
     if (!tasks.busy()) return false;
-    if (!log.debugEnabled()) return true;
-    log.debugLine(">MRLSyncController.busy");
-    log.debugLine("%@", Value(tasks.tasks()));
-    log.debugLine("<MRLSyncController.busy");
+    // As one text: main thread and worker ask at the same time, and neither may get between the other's lines.
+    if (log.debugEnabled()) log.debugLine(">MRLSyncController.busy\n%@\n<MRLSyncController.busy", Value(tasks.tasks()));
     return true;
 }
 

@@ -237,11 +237,14 @@ TEST(QueueController, busyShowsItsTasksInTheDebugLog) {
     world.host.debug = true;
     world.controller->setSyncMusicState(true);
     world.host.forget();
+    const int writesBefore = world.host.writes;
     EXPECT_TRUE(world.controller->busy());
-    EXPECT_EQ(world.host.lines(), (Names{">MRLSyncController.busy",
+    // One text: nothing that another thread logs can come between.
+    EXPECT_EQ(world.host.lines(), (Names{">MRLSyncController.busy\n"
                                          "(\n    {\n        operation = \"activate-sync-music\";\n"
-                                         "        syncActivityType = 4;\n    }\n)",
+                                         "        syncActivityType = 4;\n    }\n)\n"
                                          "<MRLSyncController.busy"}));
+    EXPECT_EQ(world.host.writes, writesBefore + 1);
 }
 
 TEST(QueueController, aChangedPathThatIsNoTextIsShownWithReplacementCharacters) {
