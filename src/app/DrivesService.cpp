@@ -47,8 +47,9 @@ Value::Dictionary DrivesService::describe(VTSyncController& controller, const st
     drive.emplace("mountPoint", mountPoint);
     drive.emplace("name", displayNameAtPath(_c.services.volumes, mountPoint));
     drive.emplace("key", key);
-    drive.emplace("fileSystem", controller.fileSystemType());
+    // A controller that took another's place has not looked at its volume yet.
     const auto stat = _c.services.volumes.statVolume(mountPoint);
+    drive.emplace("fileSystem", stat.ok() ? stat->typeName : controller.fileSystemType());
     drive.emplace("totalBytes", stat.ok() ? stat->totalBytes : controller.totalBytes());
     drive.emplace("freeBytes", stat.ok() ? stat->freeBytes : controller.freeBytes());
     drive.emplace("busy", controller.busy());

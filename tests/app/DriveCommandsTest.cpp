@@ -237,6 +237,8 @@ TEST_F(DriveCommandsTest, ARemovedConfigurationLeavesAFreshDriveThatIsNotSetUp) 
     world.loop.runPending();
     ASSERT_TRUE(drive());
     EXPECT_NE(drive(), before);
+    ASSERT_EQ(world.app->drivesService().drives().size(), 1U);
+    EXPECT_EQ(world.app->drivesService().drives().front().at("fileSystem"), Value("ext4"));
     EXPECT_EQ(send("QURY"_fcc), (EventDescriptor::Record{{"----"_fcc, boolean(false)}}));
     EXPECT_FALSE(world.read("/media/stick/.VantaroConfig").has_value()) << "nothing is written for it";
     EXPECT_THAT(world.events.watched(), IsEmpty());
