@@ -177,6 +177,11 @@ void ContinuousSync::mainThreadAddContinuousSyncItems(const std::vector<std::str
     m_continuousSyncItems.insert(m_continuousSyncItems.end(), items.begin(), items.end());
 }
 
+void ContinuousSync::enableContinuousSyncTimer(bool enable) {
+    (void)_services.runLoop.performAndWait(
+        [this, enable] { enable ? mainThreadStartContinuousSyncTimer() : mainThreadStopContinuousSyncTimer(); });
+}
+
 void ContinuousSync::mainThreadStartContinuousSyncTimer() {
     m_continuousSyncTimer = _services.runLoop.after(quietPeriod, [this] { continuousSyncTimerFired(); });
     _quietUntil = _services.clock.steady() + quietPeriod;

@@ -27,6 +27,8 @@ class ContinuousSync {
     void setContinuousSyncNotificationsEnabled(bool enabled);
     void mainThreadEventDataReceived(const std::string& bytes);
     void mainThreadAddContinuousSyncItems(const std::vector<std::string>& paths);
+    // Starts or stops the timer on the main thread and waits for that. Any thread.
+    void enableContinuousSyncTimer(bool enable);
     void mainThreadStartContinuousSyncTimer();
     void mainThreadStopContinuousSyncTimer();
     void continuousSyncTimerFired();

@@ -257,11 +257,11 @@ TEST(ContinuousSync, AddedFoldersWaitForTheNextHandOver) {
     world.continuous.mainThreadAddContinuousSyncItems({music});
     world.pass(60);
     EXPECT_THAT(world.handedTo(*stick), IsEmpty()) << "adding starts no timer";
-    world.continuous.mainThreadStartContinuousSyncTimer();
-    world.continuous.mainThreadStopContinuousSyncTimer();
+    world.continuous.enableContinuousSyncTimer(true);
+    world.continuous.enableContinuousSyncTimer(false);
     world.pass(60);
     EXPECT_THAT(world.handedTo(*stick), IsEmpty());
-    world.continuous.mainThreadStartContinuousSyncTimer();
+    world.continuous.enableContinuousSyncTimer(true);
     world.pass(10);
     EXPECT_THAT(world.handedTo(*stick), ElementsAre(Paths{music}));
 }
