@@ -59,7 +59,8 @@ VTSyncController::Parts::Parts(const std::string& mountPoint, const std::string&
                  copied.wasCopied(path, source);
                  recent.wasCopied(path, source);
              },
-             [this](const std::string& path) { return pass.seenOnDrive(path); }}),
+             [this](const std::string& path) { return pass.seenOnDrive(path); },
+             [this](const std::string& path) { return pass.isOfAnItem(path); }}),
       pass(passServices()), listUpdate({*configuration, drive->files(), services.workspace, log, delegate, mountPoint}),
       runner(
           {tasks, progress, log, cancel, *guard, *services.process, *this, paths.home(), [this] { notify(); }, {}, {}}),

@@ -18,7 +18,8 @@ StagingTools::StagingTools(Services services)
                  {_services.drive.files(), _services.clock, [this] { return _wantsKeepAside; }, _logLine}),
       _besides(_services.drive.files(), _services.paths.target(), _services.paths.driveWork() + "-beside", _logLine),
       _guard(_services.paths.target(), _services.paths.driveWork(),
-             {_keepAside, _besides, &_journal, _logLine, _services.wasCopied, &_capabilities, _services.seenOnDrive}),
+             {_keepAside, _besides, &_journal, _logLine, _services.wasCopied, &_capabilities, _services.seenOnDrive,
+              _services.isOfAnItem}),
       _tree({_services.drive.files(), _services.drive.copier(), _services.volumes, _filter, _services.log, &_guard,
              &_guard, &_capabilities, _services.knownToFail, closed(), &_refusedNames}),
       _folders({_services.paths.target(), _services.paths.driveWork(), _services.paths.localWork()},
@@ -29,7 +30,8 @@ StagingTools::StagingTools(Services services)
                 },
                 _logLine, [this]() -> std::shared_ptr<MRLErrorReporter> { return errorReporter(); },
                 [this] { return _services.cancel.stopsCommit(); }, _services.leftBehind,
-                [this] { return _services.log.debugEnabled(); }, &_besides, [this] { _journal.noteCommitted(); }}),
+                [this] { return _services.log.debugEnabled(); }, &_besides, [this] { _journal.noteCommitted(); },
+                [this](const std::string& staged) { return _guard.isStagedWhole(staged); }}),
       _copyReporter(MRLCopyErrorReporter::create(_services.delegate, _services.drive.files(), _services.volumes)),
       _deleteReporter(MRLDeleteErrorReporter::create(_services.delegate)) {}
 

@@ -50,6 +50,7 @@ class StagingTools {
         // A whole file was copied that will stand at `path` on the drive.
         std::function<void(const std::string& path, const FileAttributes& source)> wasCopied;
         std::function<std::optional<SeenOnDrive>(const std::string& path)> seenOnDrive; // by the pass's comparison
+        std::function<bool(const std::string& path)> isOfAnItem; // `path` on the drive: an entry's place, or in one
     };
     explicit StagingTools(Services services);
 

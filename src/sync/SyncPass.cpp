@@ -253,10 +253,14 @@ std::string SyncPass::computerPathOf(const std::string& staged) const {
     const std::string work = _services.paths.driveWork();
     if (!paths::isAtOrBelow(staged, work)) return staged;
     const std::string final = _services.paths.target() + staged.substr(work.size());
-    for (std::string above = final; above.size() > _services.paths.target().size(); above = paths::parent(above))
-        if (const auto entry = _scanResults.entryForDrivePath(above))
-            return entry->computerPath + final.substr(above.size());
-    return staged;
+    const auto entry = entryAtOrAbove(final);
+    return entry ? entry->computerPath + final.substr(entry->drivePath.size()) : staged;
+}
+
+std::optional<ScanEntry> SyncPass::entryAtOrAbove(const std::string& path) const {
+    for (std::string above = path; above.size() > _services.paths.target().size(); above = paths::parent(above))
+        if (auto entry = _scanResults.entryForDrivePath(above)) return entry;
+    return std::nullopt;
 }
 
 void SyncPass::leftBehind(const std::string& staged) {

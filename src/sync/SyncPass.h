@@ -79,6 +79,8 @@ class SyncPass {
     [[nodiscard]] PassTally& tally() { return _tally; }
     // What the comparison saw at a final path of which a newer computer file takes the place.
     [[nodiscard]] std::optional<SeenOnDrive> seenOnDrive(const std::string& path) const;
+    // An entry of the comparison stands at this final path or above it.
+    [[nodiscard]] bool isOfAnItem(const std::string& path) const { return entryAtOrAbove(path).has_value(); }
 
   private:
     void syncThreadBasicSetup();
@@ -95,6 +97,7 @@ class SyncPass {
     void determineTotalSync(const ComputerSnapshot& snapshot, const std::vector<std::uint32_t>& roots);
     [[nodiscard]] bool liesOnOwnDrive(const std::string& local);
     [[nodiscard]] std::string filterText() const;
+    [[nodiscard]] std::optional<ScanEntry> entryAtOrAbove(const std::string& path) const;
     [[nodiscard]] std::string computerPathOf(const std::string& staged) const;
 
     Services _services;

@@ -153,6 +153,43 @@ TEST(ControllerRoad, aPackageIsReplacedWholeWhenAnyFileInsideIsNewer) {
               (Tree{"Music/", "Music/set.pages/", "Music/set.pages/art.txt", "Music/set.pages/index.txt"}));
 }
 
+// A folder above the items only leads to them, also where its name is that of a package.
+TEST(ControllerRoad, itemsInsideAPackageLeaveTheRestOfItOnTheDrive) {
+    SyncWorld world({"~/set.pages/Songs", "~/set.pages/Art"});
+    world.computer({file("set.pages/Songs/a.mp3", "a", at(-10)), file("set.pages/Songs/b.mp3", "b", at(-10)),
+                    file("set.pages/Art/p.jpg", "p", at(-10)), file("set.pages/index.txt", "i", at(-10))});
+    const Tree all{"set.pages/",          "set.pages/Art/",        "set.pages/Art/p.jpg",
+                   "set.pages/Songs/",    "set.pages/Songs/a.mp3", "set.pages/Songs/b.mp3",
+                   "set.pages/theirs.txt"};
+    world.onDrive({file("set.pages/theirs.txt", "t")});
+    world.sync();
+    EXPECT_EQ(world.copiesTree(), all);
+    world.write("/home/ada/set.pages/Songs/a.mp3", "new", at(5));
+    world.clock.setNow(at(10));
+    world.sync();
+    EXPECT_TRUE(world.succeeded());
+    EXPECT_EQ(world.copiesTree(), all);
+    EXPECT_EQ(world.read("/media/stick/ada_Workbench/set.pages/Songs/a.mp3"), "new");
+    EXPECT_FALSE(world.exists("/media/stick/Archived Vantaro Backups"));
+    EXPECT_EQ(world.controller->lastSyncTime(), at(10)); // nothing was left behind
+}
+
+TEST(ControllerRoad, aComputerNamedLikeAPackageHasAFolderLikeAnyOther) {
+    SyncWorld world;
+    world.system.machine = "bench.app";
+    world.controller = world.controllerFor(SyncWorld::drive);
+    world.join(*world.controller, {"~/Music"});
+    const std::string songs = "/media/stick/ada_bench.app/Music";
+    for (const char* name : {"a", "b"}) {
+        world.computer({file(std::string("Music/") + name + ".mp3", name, at(-10))});
+        world.sync();
+        EXPECT_TRUE(world.succeeded());
+        EXPECT_EQ(world.read(songs + "/" + name + ".mp3"), name);
+    }
+    EXPECT_EQ(world.read(songs + "/a.mp3"), "a");
+    EXPECT_FALSE(world.exists("/media/stick/Archived Vantaro Backups"));
+}
+
 TEST(ControllerRoad, aContinuousSyncLooksOnlyAtThePathsThatChanged) {
     SyncWorld world({"~/Music", "~/Pictures"});
     world.onDrive({folder("Music"), folder("Pictures")});

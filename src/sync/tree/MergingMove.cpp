@@ -36,11 +36,18 @@ std::optional<bool> MergingMove::enter(const FileAttributes* known, bool parentE
     }
     const auto present = _questions.look(_destination);
     if (!present) return moveToFreePlace(source->immutable, parentExists);
-    const bool plain = ItemQuestions::isPlainFolder(_source, *source);
-    if (plain != ItemQuestions::isPlainFolder(_destination, *present))
+    const bool plain = mergesAsFolder(*source);
+    const bool ontoPlain = ItemQuestions::isPlainFolder(_destination, *present) || (plain && present->isDirectory());
+    if (plain != ontoPlain)
         return _calls.proceedsAfter({_source, _destination, Error::fromErrno(EISDIR, _source).text, EISDIR});
     if (plain) return mergeFolder();
     return replace(*source, *present);
+}
+
+bool MergingMove::mergesAsFolder(const FileAttributes& source) const {
+    if (!source.isDirectory()) return false;
+    return ItemQuestions::isPlainFolder(_source, source) ||
+           (_services.guard != nullptr && !_services.guard->isStagedWhole(_source));
 }
 
 bool MergingMove::moveToFreePlace(bool locked, bool parentExists) {

@@ -32,6 +32,7 @@ class MergingMove {
     // Null: a level was begun, whose end is the answer.
     std::optional<bool> enter(const FileAttributes* known, bool parentExists);
     std::optional<bool> mergeFolder();
+    [[nodiscard]] bool mergesAsFolder(const FileAttributes& source) const;
     bool moveToFreePlace(bool locked, bool parentExists);
     bool replace(const FileAttributes& source, const FileAttributes& present);
     [[nodiscard]] bool setLock(const std::string& path, bool locked);

@@ -12,6 +12,8 @@ namespace vt {
 class ReplacementGuard {
   public:
     virtual ~ReplacementGuard() = default;
+    // False for a staged folder that only leads to items of the pass and is none itself, whatever its name: it merges.
+    [[nodiscard]] virtual bool isStagedWhole(const std::string& staged) const = 0;
     // `staged` is about to take the place of what lies at `destination`. True: that must be set aside.
     virtual bool aboutToReplace(const std::string& staged, const FileAttributes& stagedAttributes,
                                 const std::string& destination, const FileAttributes& present) = 0;

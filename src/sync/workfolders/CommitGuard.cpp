@@ -19,6 +19,10 @@ std::string CommitGuard::finalPath(const std::string& staged) const {
     return _target + staged.substr(_driveWork.size());
 }
 
+bool CommitGuard::isStagedWhole(const std::string& staged) const {
+    return !_services.isOfAnItem || _services.isOfAnItem(finalPath(staged));
+}
+
 bool CommitGuard::aboutToReplace(const std::string& staged, const FileAttributes& stagedAttributes,
                                  const std::string& destination, const FileAttributes& present) {
     // Content that a power cut could still take must not be all that is left of an item.

@@ -38,11 +38,14 @@ class CommitGuard : public ReplacementGuard, public StagingWatch {
         // What the comparison saw at `path`, the final place on the drive: it may be replaced by a newer computer file
         // if it is still so. What it did not see there is set aside. Empty: it saw nothing anywhere.
         std::function<std::optional<SeenOnDrive>(const std::string& path)> seen = {};
+        // What will stand at `path` is an item of the pass or lies in one. Empty: everything is.
+        std::function<bool(const std::string& path)> isOfAnItem = {};
     };
     CommitGuard(std::string target, std::string driveWork, Services services);
 
     // At the start of a pass.
     void clear();
+    [[nodiscard]] bool isStagedWhole(const std::string& staged) const override;
     bool aboutToReplace(const std::string& staged, const FileAttributes& stagedAttributes,
                         const std::string& destination, const FileAttributes& present) override;
     std::optional<std::string> keep(const std::string& from, const std::string& destination) override;

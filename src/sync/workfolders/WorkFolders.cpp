@@ -111,12 +111,17 @@ void WorkFolders::reportLeftBehind(const std::string& folder) {
         }
         for (const auto& entry : *entries) {
             const std::string path = paths::join(current, entry.name);
-            if (entry.attributes.isDirectory() && !isPackageName(entry.name))
-                folders.push_back(path);
-            else
+            if (isWholeItem(path, entry))
                 _services.leftBehind(path);
+            else
+                folders.push_back(path);
         }
     }
+}
+
+bool WorkFolders::isWholeItem(const std::string& path, const DirectoryEntry& entry) const {
+    if (!entry.attributes.isDirectory()) return true;
+    return isPackageName(entry.name) && (!_services.isStagedWhole || _services.isStagedWhole(path));
 }
 
 bool WorkFolders::deleteTempFolders() {

@@ -38,6 +38,8 @@ class WorkFolders {
         std::function<bool()> debugEnabled = {}; // asked before the commit's many debug lines are formed
         BesideNames* besides = nullptr;          // what waits beside its place is put back by prepare()
         std::function<void()> committed = {};    // after each folder of which something was moved
+        // Of a staged package; false where it only leads to staged items.
+        std::function<bool(const std::string& staged)> isStagedWhole = {};
     };
     WorkFolders(WorkFolderPaths paths, Services services) : _paths(std::move(paths)), _services(std::move(services)) {}
 
@@ -53,6 +55,7 @@ class WorkFolders {
                                  const std::vector<std::string>& names);
     void moveEntries(const std::string& folder, const std::string& base);
     void reportLeftBehind(const std::string& folder);
+    [[nodiscard]] bool isWholeItem(const std::string& path, const DirectoryEntry& entry) const;
     [[nodiscard]] bool deleteFolder(const char* which, const std::string& folder);
     [[nodiscard]] std::uint64_t countEntries(const std::string& folder) const;
     void debugMoving(const std::string& from, const std::string& to);
