@@ -99,6 +99,22 @@ TEST_F(SystemCallsTest, whatIsNotInMemoryIsReadAhead) {
     EXPECT_EQ(snapshotTree(_files, _files, _folder / "from"), snapshotTree(_files, _files, _folder / "to"));
 }
 
+// Photos, say: each is asked for in time and let go of after its copy, though it was in memory when its turn came.
+TEST_F(SystemCallsTest, whatWasReadAheadLeavesTheMemoryAgain) {
+    constexpr int photos = 40;
+    makeFiles("from", photos, std::string(mebibyte, 'p'));
+    const auto asked = [&](const std::string& to) {
+        buildTree(_files, _files, _folder / to, {});
+        return SystemCalls::of([&] { copyFolder("from", to); }).count(SYS_fadvise64);
+    };
+    EXPECT_EQ(asked("to"), 0);
+    for (const std::string& name : _files.listNames(_folder / "from").valueOr({})) forgetContent("from/" + name);
+    makeFiles("other", 1);
+    const bool cold = !isInMemory(forgetContent("other/f0"));
+    EXPECT_EQ(asked("to again"), !cold ? 0 : sharesExtents() ? photos : 2 * photos);
+    EXPECT_EQ(snapshotTree(_files, _files, _folder / "from"), snapshotTree(_files, _files, _folder / "to again"));
+}
+
 TEST_F(SystemCallsTest, aNameMoreInAnOpenFileIsOneCall) {
     makeFiles("from", 1);
     const auto append = [&](const std::string& name) {

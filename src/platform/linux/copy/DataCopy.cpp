@@ -22,8 +22,8 @@ bool roadIsClosed(int code) {
 
 } // namespace
 
-DataCopy::DataCopy(CopyExperience& experience, const Progress& progress)
-    : _experience(experience), _progress(progress) {}
+DataCopy::DataCopy(CopyExperience& experience, const Progress& progress, bool readAhead)
+    : _experience(experience), _progress(progress), _readAhead(readAhead) {}
 
 int DataCopy::copy(int source, const struct stat& before, int destination, dev_t destinationDevice) {
     _source = source;
@@ -42,7 +42,7 @@ int DataCopy::copy(int source, const struct stat& before, int destination, dev_t
         _road = code == EXDEV ? DataRoad::plain : DataRoad::range;
         if (code != EINVAL) _experience.setRoad(before.st_dev, destinationDevice, _road);
     }
-    _readBehind.begin(source, before.st_size);
+    _readBehind.begin(source, before.st_size, _readAhead);
     const bool sparse = before.st_blocks * statBlock < before.st_size;
     const int code = sparse ? copySparse() : copySegment(before.st_size);
     return code != 0 ? code : report(true);

@@ -18,7 +18,8 @@ class DataCopy {
     // Called with the bytes copied so far, at most once per MiB and once at the end of a file that is not empty.
     using Progress = std::function<bool(std::uint64_t)>;
 
-    DataCopy(CopyExperience& experience, const Progress& progress);
+    // `readAhead`: all that is in memory of the source was brought there for this copy.
+    DataCopy(CopyExperience& experience, const Progress& progress, bool readAhead);
     // `before` is the source's state; no byte past its size is copied.
     [[nodiscard]] int copy(int source, const struct stat& before, int destination, dev_t destinationDevice);
 
@@ -33,6 +34,7 @@ class DataCopy {
 
     CopyExperience& _experience;
     const Progress& _progress;
+    bool _readAhead;
     const struct stat* _before = nullptr;
     int _source = -1;
     int _destination = -1;

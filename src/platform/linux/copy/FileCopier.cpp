@@ -65,6 +65,7 @@ struct FileCopier::Making {
     struct stat before {}; // the source as it was before its last reading
     NewFileTraits* traits = nullptr;
     mode_t askedMode = 0;
+    bool readAhead = false;
     bool made = false;
     bool kept = false;
 };
@@ -72,9 +73,10 @@ struct FileCopier::Making {
 FileCopier::FileCopier(CopyExperience& experience, const DestinationCapabilities& capabilities, CopyEvents& events)
     : _experience(experience), _capabilities(capabilities), _events(events), _metadata(experience, capabilities) {}
 
-CopyEnding FileCopier::copyFile(const ItemSpot& source, const ItemSpot& destination) {
+CopyEnding FileCopier::copyFile(const ItemSpot& source, const ItemSpot& destination, bool readAhead) {
     _events.setItem(source.path(), destination.path());
     Making making(source, destination);
+    making.readAhead = readAhead;
     Result<UniqueFd> input = source.open(O_RDONLY | O_NONBLOCK);
     if (!input) return _events.failed(CopyWhat::file, input.error());
     making.input = std::move(input).value();
@@ -121,7 +123,7 @@ CopyEnding FileCopier::copyContent(Making& making) {
         return answer == CopyAnswer::goOn;
     };
     making.traits = &_experience.traitsBeside(making.destination.path());
-    DataCopy data(_experience, progress);
+    DataCopy data(_experience, progress, making.readAhead);
     for (int reading = 1;; ++reading) {
         const int code = data.copy(making.input.get(), making.before, making.output.get(), making.traits->device);
         if (answer != CopyAnswer::goOn) return CopyEvents::endingOf(answer);

@@ -14,7 +14,8 @@ class FileCopier {
     FileCopier(CopyExperience& experience, const DestinationCapabilities& capabilities, CopyEvents& events);
 
     // `source` is opened without waiting and refused with ENOTSUP when it turns out to be no plain file.
-    [[nodiscard]] CopyEnding copyFile(const ItemSpot& source, const ItemSpot& destination);
+    // `readAhead`: all that is in memory of it was brought there for this copy.
+    [[nodiscard]] CopyEnding copyFile(const ItemSpot& source, const ItemSpot& destination, bool readAhead = false);
     // On a destination without links nothing is made and the link counts as left out.
     [[nodiscard]] CopyEnding copyLink(const ItemSpot& source, const ItemSpot& destination);
     [[nodiscard]] std::uint64_t bytes() const { return _bytes; } // of all files made

@@ -29,12 +29,12 @@ CopyOutcome FolderItemCopy::copyItem(const std::string& source, const std::strin
     // What goes wrong with a folder, or with the drive, is told by the general copier.
     if (position == _entries.size() || _means.locator.driveIsGone() || !openFolders())
         return _general.copyItem(source, destination, observer);
-    _readAhead.reached(position, _from.get());
+    const bool readAhead = _readAhead.reached(position, _from.get());
     CopyEvents events(observer);
     FileCopier files(_means.experience, _means.capabilities, events);
     const ItemSpot from(_means.locator, _from.get(), source.c_str() + _source.size(), source);
     const ItemSpot to(_means.locator, _to.get(), destination.c_str() + _destination.size(), destination);
-    const CopyEnding ending = files.copyFile(from, to);
+    const CopyEnding ending = files.copyFile(from, to, readAhead);
     return outcomeOf(ending, 0, false, files.bytes());
 }
 

@@ -1,6 +1,8 @@
 #include "platform/linux/copy/ReadAhead.h"
 
 #include "platform/linux/OpenBeneath.h"
+#include "platform/linux/copy/PagesInMemory.h"
+#include "platform/linux/copy/ReadBehind.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,9 +13,16 @@ namespace vt {
 
 namespace {
 
-constexpr std::size_t furthest = 64;               // files
-constexpr std::size_t closest = 32;                // the next ones are asked for before the last have all been used
-constexpr std::uint64_t largestSmall = 256 * 1024; // the system itself reads ahead in a larger file
+constexpr std::uint64_t mebibyte = 1024 * 1024;
+constexpr std::size_t furthest = 64; // files
+constexpr std::size_t closest = 32;  // the next ones are asked for before the last have all been used
+constexpr std::uint64_t mostBytes = 16 * mebibyte;
+constexpr std::uint64_t fewBytes = 8 * mebibyte;
+constexpr std::uint64_t largest = 4 * mebibyte; // of a larger file the system itself reads ahead well enough
+
+bool isWorthIt(const FileAttributes& attributes) {
+    return attributes.isRegular() && attributes.size > 0 && attributes.size <= largest;
+}
 
 UniqueFd opened(int folder, const DirectoryEntry& entry) {
     UniqueFd file;
@@ -21,8 +30,13 @@ UniqueFd opened(int folder, const DirectoryEntry& entry) {
     return file;
 }
 
-bool isInMemory(int folder, const DirectoryEntry& entry) {
-    const UniqueFd file = opened(folder, entry);
+bool isNoneInMemory(const UniqueFd& file, std::uint64_t size) {
+    const auto end = static_cast<off_t>(size);
+    return file.isOpen() && !PagesInMemory(file.get(), end).any(0, end);
+}
+
+// True of a file that the system tells this user nothing about, too; asking brings some of it there.
+bool startsInMemory(const UniqueFd& file) {
     char byte = 0;
     const iovec place{&byte, 1};
     return ::preadv2(file.get(), &place, 1, 0, RWF_NOWAIT) >= 0 || errno != EAGAIN;
@@ -30,29 +44,42 @@ bool isInMemory(int folder, const DirectoryEntry& entry) {
 
 } // namespace
 
-void ReadAhead::reached(std::size_t position, int folder) {
-    if (position + closest < _done) return;
-    const std::size_t last = std::min(position + furthest, _entries.size());
-    std::vector<const DirectoryEntry*> files = smallFiles(std::max(position, _done), last);
-    _done = last;
-    // One look speaks for all: they were used together, or not at all.
-    if (files.size() < 2 || isInMemory(folder, *files.front())) return;
-    std::sort(files.begin(), files.end(),
-              [](const auto* one, const auto* other) { return one->attributes.inode < other->attributes.inode; });
-    for (const DirectoryEntry* entry : files) {
-        const UniqueFd file = opened(folder, *entry);
-        (void)::posix_fadvise(file.get(), 0, static_cast<off_t>(entry->attributes.size), POSIX_FADV_WILLNEED);
+bool ReadAhead::reached(std::size_t position, int folder) {
+    for (; _reached < position; ++_reached)
+        if (_reached < _done && isWorthIt(_entries[_reached].attributes)) _ahead -= sizeOf(_reached);
+    if (position + closest >= _done && _ahead <= fewBytes) {
+        Positions files = nextFiles(position);
+        if (files.size() > 1) ask(files, folder);
     }
+    return _ours[position];
 }
 
-std::vector<const DirectoryEntry*> ReadAhead::smallFiles(std::size_t first, std::size_t last) const {
-    std::vector<const DirectoryEntry*> files;
-    for (std::size_t i = first; i < last; ++i) {
-        const FileAttributes& attributes = _entries[i].attributes;
-        if (attributes.isRegular() && attributes.size > 0 && attributes.size <= largestSmall)
-            files.push_back(&_entries[i]);
+ReadAhead::Positions ReadAhead::nextFiles(std::size_t position) {
+    Positions files;
+    const std::size_t last = std::min(position + furthest, _entries.size());
+    for (_done = std::max(_done, position); _done < last && _ahead < mostBytes; ++_done) {
+        if (!isWorthIt(_entries[_done].attributes)) continue;
+        files.push_back(_done);
+        _ahead += sizeOf(_done);
     }
     return files;
+}
+
+void ReadAhead::ask(Positions& files, int folder) {
+    {
+        // One look speaks for all: they were used together, or not at all.
+        const UniqueFd first = opened(folder, _entries[files.front()]);
+        if (!isNoneInMemory(first, sizeOf(files.front())) && startsInMemory(first)) return;
+    }
+    std::sort(files.begin(), files.end(), [this](std::size_t one, std::size_t other) {
+        return _entries[one].attributes.inode < _entries[other].attributes.inode;
+    });
+    for (const std::size_t position : files) {
+        const UniqueFd file = opened(folder, _entries[position]);
+        const std::uint64_t size = sizeOf(position);
+        _ours[position] = ReadBehind::isWorthIt(size) && isNoneInMemory(file, size);
+        (void)::posix_fadvise(file.get(), 0, static_cast<off_t>(size), POSIX_FADV_WILLNEED);
+    }
 }
 
 } // namespace vt

@@ -9,15 +9,18 @@ namespace vt {
 
 namespace {
 constexpr off_t stretch = 8 * 1024 * 1024;
-constexpr off_t smallest = 256 * 1024; // a smaller file is not worth the calls
 } // namespace
 
-void ReadBehind::begin(int file, off_t size) {
+void ReadBehind::begin(int file, off_t size, bool ours) {
     _file = file;
     _size = size;
     _done = 0;
     _wasThere.clear();
-    if (size <= smallest) return;
+    if (!isWorthIt(static_cast<std::uint64_t>(size))) return;
+    if (ours) {
+        _wasThere.resize(static_cast<std::size_t>((size + stretch - 1) / stretch));
+        return;
+    }
     const PagesInMemory pages(file, size);
     for (off_t at = 0; at < size; at += stretch) _wasThere.push_back(pages.any(at, std::min(at + stretch, size)));
 }

@@ -3,6 +3,7 @@
 // Thread: one. Errors: none; where the file system cannot tell what is in memory, all of it stays. Units: bytes.
 #pragma once
 
+#include <cstdint>
 #include <sys/types.h>
 #include <vector>
 
@@ -10,8 +11,9 @@ namespace vt {
 
 class ReadBehind {
   public:
-    // Before the first byte of `file` is read.
-    void begin(int file, off_t size);
+    [[nodiscard]] static bool isWorthIt(std::uint64_t size) { return size > 256 * 1024; }
+    // Before the first byte of `file` is read. `ours`: all that is in memory of it was read ahead for this copy.
+    void begin(int file, off_t size, bool ours);
     // The file was read up to `end`.
     void read(off_t end);
 
