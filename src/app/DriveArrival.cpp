@@ -66,14 +66,18 @@ void DriveArrival::diskDisappeared(const Value::Dictionary& description) {
     if (isShare(description)) {
         if (const auto mountPoint = mountPointOf(description)) driveLeaves(*mountPoint);
     }
+    _c.log.flushLog();
 }
 
 void DriveArrival::diskDescriptionChanged(const Value::Dictionary& description) {
-    const auto bsdName = text(description, diskdescription::mediaBsdName);
-    if (!bsdName) return;
-    if (_c.registry.controllerForKey(*bsdName)) {
-        _c.log.debugMessage(formatText("-DADiskDescriptionChanged_Proc: unmounting %@", {*bsdName}));
-        driveLeaves(*bsdName);
+    if (const auto bsdName = text(description, diskdescription::mediaBsdName)) pathChanged(description, *bsdName);
+    _c.log.flushLog();
+}
+
+void DriveArrival::pathChanged(const Value::Dictionary& description, const std::string& bsdName) {
+    if (_c.registry.controllerForKey(bsdName)) {
+        _c.log.debugMessage(formatText("-DADiskDescriptionChanged_Proc: unmounting %@", {bsdName}));
+        driveLeaves(bsdName);
         return;
     }
     const auto mountPoint = mountPointOf(description);

@@ -59,6 +59,7 @@ class DriveArrival final : public VolumeObserver {
 
   private:
     class Arriving;
+    void pathChanged(const Value::Dictionary& description, const std::string& bsdName);
     void setUp(const std::shared_ptr<VTSyncController>& controller, const std::string& mountPoint);
     void showBusyAlert(const std::string& mountPoint);
 

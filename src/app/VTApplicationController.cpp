@@ -149,6 +149,8 @@ bool VTApplicationController::applicationWillFinishLaunching() {
     if (started.code() == EEXIST) return false;
     if (!started.ok())
         _parts->log.logMessage(formatText("The session bus is out of reach: %@.", {started.error().text}));
+    // Not before it is known to be the only agent: the log belongs to that one.
+    _parts->log.flushLog();
     return true;
 }
 

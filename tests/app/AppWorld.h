@@ -182,9 +182,13 @@ struct AppWorld {
         for (const auto& [key, controller] : app->registry().all()) found.push_back(key);
         return found;
     }
-    // The log file's lines without their dates.
+    // The lines of the whole log without their dates.
     [[nodiscard]] std::vector<std::string> log() {
         app->log().flushLog();
+        return logFile();
+    }
+    // Those that have reached the file.
+    [[nodiscard]] std::vector<std::string> logFile() {
         const auto text = files.read(std::string(home) + "/Library/Logs/Vantaro.log", 1U << 24U).valueOr("");
         std::vector<std::string> lines;
         for (std::size_t from = 0; from < text.size();) {

@@ -90,7 +90,7 @@ class ContinuousWorld : public SyncWorld {
         host.forget();
         if (which.busy()) {
             const auto lines = host.lines();
-            handed = pathsIn(lines.at(1));
+            handed = pathsIn(lines.front());
         }
         host.debug = false;
         run(which);

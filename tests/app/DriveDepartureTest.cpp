@@ -21,6 +21,33 @@ TEST_F(DriveDepartureTest, UnmountingIsRefusedWhileAnyTaskIsQueuedAndEjectingIsN
     EXPECT_EQ(world.keys(), Keys{"disk8s1"});
 }
 
+// Whoever looks into the log sees what happened to a drive when it has happened.
+TEST_F(DriveDepartureTest, TheLogIsWrittenAfterEachEventOfADisk) {
+    mountSilently();
+    const auto description = diskAt(AppWorld::stick, "disk8s1");
+    const auto written = [&] {
+        const auto inFile = world.logFile();
+        return !inFile.empty() && inFile == world.log();
+    };
+    const auto change = [&] {
+        world.app->log().logMessage("before the change");
+        arrival().diskDescriptionChanged(description);
+        return written();
+    };
+    EXPECT_TRUE(change()) << "arrives";
+    EXPECT_TRUE(change()) << "departs";
+    EXPECT_TRUE(change()) << "arrives again";
+    world.app->log().logMessage("before the end");
+    arrival().diskDisappeared(description);
+    EXPECT_TRUE(written()) << "disappears";
+    world.app->log().logMessage("before a stranger's end");
+    arrival().diskDisappeared(description);
+    EXPECT_TRUE(written()) << "nobody's any more";
+    world.app->log().logMessage("before a change of nothing");
+    arrival().diskDescriptionChanged(without(description, diskdescription::mediaBsdName));
+    EXPECT_TRUE(written());
+}
+
 TEST_F(DriveDepartureTest, AnEjectAnswersWhenTheDriveIsUnmountedAndOthersAreServedMeanwhile) {
     world.mount(AppWorld::stick, "disk8s1", AppWorld::family());
     world.volumes.unmountsWait = true;

@@ -13,7 +13,7 @@ using Lines = std::vector<std::string>;
 TEST(VTApplicationController, StartWritesThreeLinesAndStopOne) {
     AppWorld world(false);
     world.start();
-    EXPECT_EQ(world.log(), (Lines{std::string(52, '-'), "Vantaro starting.", "Vantaro v1.2.3"}));
+    EXPECT_EQ(world.logFile(), (Lines{std::string(52, '-'), "Vantaro starting.", "Vantaro v1.2.3"}));
     world.app->applicationWillTerminate();
     EXPECT_EQ(world.log().back(), "Mirrorly stopping.");
     EXPECT_EQ(world.log().size(), 4U);
