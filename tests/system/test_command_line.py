@@ -177,9 +177,8 @@ class CommandLine(Scripted):
         for arguments in (["watch"], ["watch", "drive", "--json"], ["log", "--follow"]):
             run = subprocess.Popen([str(support.BIN / "vantaroctl"), *arguments], env=self.world.env, cwd=self.world.home,
                                    stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
-            # It catches the signal once it waits.
             caught = Path(f"/proc/{run.pid}/status")
-            wait_until(lambda: run.poll() is not None or catches(caught, signal.SIGINT), "the waiting program")
+            wait_until(lambda: run.poll() is not None or catches(caught, signal.SIGTERM), "the waiting program")
             run.send_signal(signal.SIGINT)
             out, err = run.communicate(timeout=support.PATIENCE)
             self.assertEqual((run.returncode, err), (130, ""), arguments)
@@ -198,7 +197,7 @@ class CommandLine(Scripted):
     def test_an_agent_that_dies_is_three(self):
         watch = subprocess.Popen([str(support.BIN / "vantaroctl"), "watch"], env=self.world.env, stdout=subprocess.PIPE,
                                  stderr=subprocess.PIPE, text=True)
-        wait_until(lambda: catches(Path(f"/proc/{watch.pid}/status"), signal.SIGINT), "the waiting program")
+        wait_until(lambda: catches(Path(f"/proc/{watch.pid}/status"), signal.SIGTERM), "the waiting program")
         self.world.agent.kill()
         _, err = watch.communicate(timeout=support.PATIENCE)
         self.assertEqual((watch.returncode, err), (3, "vantaroctl: the agent has ended\n"))
@@ -226,7 +225,7 @@ class CommandLine(Scripted):
 
 
 def catches(status, number):
-    """Whether a process catches a signal, by its status file."""
+    """Whether a process catches a signal, by its status file. A vantaroctl that waits catches SIGTERM."""
     for line in status.read_text().splitlines():
         if line.startswith("SigCgt:"):
             return bool(int(line.split()[1], 16) >> (number - 1) & 1)

@@ -81,7 +81,7 @@ class Kinds(SystemTest, DriveTest):
         self.assertEqual(self.world.log().count('" is left out: the drive cannot hold its name.\n'), len(refused))
         for name in refused:
             left_out = next(p for p in self.parts(name) if not os.path.exists(os.path.join(os.fsencode(copies / "Pictures"), p)))
-            shown = os.path.join(pictures, left_out).decode("utf-8", "replace")
+            shown = os.path.join(pictures, left_out).decode("utf-8", "replace").replace("\n", "\\x0A")
             self.assertEqual(self.world.log().count(f'"{shown}" is left out'), 1, shown)
         self.assertFalse([line for line in self.world.messages() if "Unable to" in line], self.world.log())
         self.assertEqual(identities(copies), before)

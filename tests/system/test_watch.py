@@ -74,7 +74,7 @@ class Watch(Scripted):
         def lines():
             return [json.loads(line) for line in path.read_text().splitlines(True) if line.endswith("\n")]
 
-        wait_until(lambda: catches_interrupt(run.pid), "the watching")
+        wait_until(lambda: is_waiting(run.pid), "the watching")
         write(self.world.home / "Music/new.mp3", b"new")
         wait_until(lambda: any(line["syncActivityType"] == 6 and line["syncCopied"] for line in lines()), "the sync")
         # A moment later nothing waits any more, before the end of the sync or behind it.
@@ -132,10 +132,11 @@ class Watch(Scripted):
         self.assertRegex(lines[0], r"^drive  sync in \d+ s: changes in ~/Music$")
 
 
-def catches_interrupt(process):
+def is_waiting(process):
+    """A vantaroctl that waits catches SIGTERM."""
     with open(f"/proc/{process}/status") as status:
         caught = int(status.read().split("SigCgt:")[1].split()[0], 16)
-    return bool(caught >> (signal.SIGINT - 1) & 1)
+    return bool(caught >> (signal.SIGTERM - 1) & 1)
 
 
 if __name__ == "__main__":

@@ -40,6 +40,8 @@ void catchInterruptions() {
 void waitUntil(Agent& agent, const std::function<bool()>& isOver, std::optional<double> limitSeconds) {
     catchInterruptions();
     agent.follow();
+    // From now on its end is told; one that came before is not.
+    if (!agent.isRunning()) throw Failure{noAgent, "the agent has ended"};
     QEventLoop loop;
     std::optional<Failure> failure;
     const auto end = [&](std::optional<Failure> why) {
