@@ -75,7 +75,12 @@ std::string SyncPaths::volumesForm(const std::string& item, const std::vector<st
     for (const std::string& root : volumeRoots)
         if (paths::isAtOrBelow(item, root) && (best == nullptr || root.size() > best->size())) best = &root;
     if (best == nullptr) return item;
-    return paths::join("/Volumes", paths::lastComponent(*best)) + item.substr(best->size());
+    const std::string name = paths::lastComponent(*best);
+    // Of two volumes of one name only the first goes by it: their files must not meet in one folder.
+    if (std::any_of(volumeRoots.begin(), volumeRoots.end(),
+                    [&](const std::string& root) { return root < *best && paths::lastComponent(root) == name; }))
+        return item;
+    return paths::join("/Volumes", name) + item.substr(best->size());
 }
 
 std::vector<std::string> SyncPaths::removableRoots(VolumeService& volumes, const std::string& drive) {

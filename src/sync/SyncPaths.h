@@ -30,7 +30,8 @@ class SyncPaths {
     // The item's place on the computer: "~" expanded, anything else taken below "/".
     [[nodiscard]] std::string local(const std::string& item) const;
     [[nodiscard]] std::string drive(const std::string& item) const; // the copy's place on the drive
-    // An item at or below one of `volumeRoots` in the form "/Volumes/<name>/…", everything else unchanged.
+    // An item at or below one of `volumeRoots` in the form "/Volumes/<name>/…", everything else unchanged; so is what
+    // lies on a volume whose name another one has that sorts before it.
     [[nodiscard]] static std::string volumesForm(const std::string& item, const std::vector<std::string>& volumeRoots);
     // The roots of removable volumes at this moment, folder drives and the drive itself left out.
     [[nodiscard]] static std::vector<std::string> removableRoots(VolumeService& volumes, const std::string& drive);

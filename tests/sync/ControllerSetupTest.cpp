@@ -38,6 +38,9 @@ TEST(PathsOfSync, rootsOfRemovableVolumesReadAsVolumes) {
     EXPECT_EQ(SyncPaths::volumesForm("/media/ada/Photos/2008", roots), "/Volumes/Photos/2008");
     EXPECT_EQ(SyncPaths::volumesForm("/media/ada/Photos/inner/x", roots), "/Volumes/inner/x");
     EXPECT_EQ(SyncPaths::volumesForm("/media/ada/Photos2", roots), "/media/ada/Photos2");
+    const std::vector<std::string> twins{"/mnt/Photos", "/media/ada/Photos"};
+    EXPECT_EQ(SyncPaths::volumesForm("/media/ada/Photos/2008", twins), "/Volumes/Photos/2008");
+    EXPECT_EQ(SyncPaths::volumesForm("/mnt/Photos/2008", twins), "/mnt/Photos/2008");
 }
 
 TEST(PathsOfSync, aVolumeNameThatPointsElsewhereIsNotUsed) {

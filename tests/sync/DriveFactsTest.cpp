@@ -45,6 +45,20 @@ TEST(DriveFacts, aVolumeThatIsPluggedLaterHasItsOwnPlaceOnTheDrive) {
     EXPECT_EQ(world.controller->pathSegmentFromSyncItem("/media/ada/Photos/2008"), "/Photos_Workbench/2008");
 }
 
+TEST(DriveFacts, twoVolumesOfOneNameDoNotMeetOnTheDrive) {
+    SyncWorld world({"/media/ada/Photos", "/mnt/Photos"});
+    world.mountDrive("/media/ada/Photos", "disk9s1");
+    world.mountDrive("/mnt/Photos", "disk7s1");
+    buildTree(world.files, world.files, "/media/ada/Photos", {file("2008/a.jpg", "a", at(-10))});
+    buildTree(world.files, world.files, "/mnt/Photos", {file("2008/a.jpg", "other", at(-5))});
+    for (int pass = 0; pass < 2; ++pass) {
+        world.sync();
+        EXPECT_TRUE(world.succeeded());
+        EXPECT_EQ(world.read("/media/stick/Photos_Workbench/2008/a.jpg"), "a") << pass;
+        EXPECT_EQ(world.read("/media/stick/mnt/Photos/2008/a.jpg"), "other") << pass;
+    }
+}
+
 // Unplugged while the tree is walked: what was seen of it still belongs to the volume.
 TEST(DriveFacts, aVolumeThatGoesDuringAPassKeepsItsPlace) {
     SyncWorld world({"/media/ada/Photos/2008"});
