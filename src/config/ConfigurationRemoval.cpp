@@ -1,12 +1,12 @@
 #include "config/ConfigurationRemoval.h"
 
+#include "base/LocalTime.h"
 #include "base/Paths.h"
 #include "base/Text.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <ctime>
 #include <vector>
 
 namespace vt {
@@ -35,11 +35,10 @@ std::string archiveDay(Date now) {
     static constexpr std::array<const char*, 12> months{"January",   "February", "March",    "April",
                                                         "May",       "June",     "July",     "August",
                                                         "September", "October",  "November", "December"};
-    const std::time_t seconds = now.wholeSeconds();
-    std::tm local{};
-    if (localtime_r(&seconds, &local) == nullptr) return {};
+    const auto local = localTime(now);
+    if (!local) return {};
     return formatText("%@ %2d, %04d",
-                      {months.at(static_cast<std::size_t>(local.tm_mon)), local.tm_mday, local.tm_year + 1900});
+                      {months.at(static_cast<std::size_t>(local->tm_mon)), local->tm_mday, local->tm_year + 1900});
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "config/KeepAside.h"
 
+#include "base/LocalTime.h"
 #include "base/Paths.h"
 
 #include <algorithm>
@@ -17,11 +18,10 @@ constexpr int mostSuffixes = 10'000;
 constexpr std::size_t longestName = 255; // bytes
 
 std::string localDay(Date now) {
-    const std::time_t seconds = now.wholeSeconds();
-    std::tm local{};
+    const auto local = localTime(now);
     std::array<char, 32> text{};
-    if (localtime_r(&seconds, &local) == nullptr) return "0000-00-00";
-    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d", &local)};
+    if (!local) return "0000-00-00";
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d", &*local)};
 }
 
 // Every folder of `relative` below `base`; a link or a file in one's place is an error.

@@ -1,5 +1,6 @@
 #include "log/VTLogController.h"
 
+#include "base/LocalTime.h"
 #include "base/LogSink.h"
 #include "base/Text.h"
 #include "base/VisibleText.h"
@@ -18,11 +19,9 @@ VTLogController::~VTLogController() = default;
 std::string VTLogController::generateString(std::string_view text, bool withTimeStamp, bool withNewLine, Date now) {
     std::string line;
     if (withTimeStamp) {
-        const std::time_t seconds = now.wholeSeconds();
-        std::tm local{};
         std::array<char, 64> stamp{};
-        if (localtime_r(&seconds, &local) != nullptr)
-            line.assign(stamp.data(), std::strftime(stamp.data(), stamp.size(), "%Y/%m/%d %H:%M:%S ", &local));
+        if (const auto local = localTime(now))
+            line.assign(stamp.data(), std::strftime(stamp.data(), stamp.size(), "%Y/%m/%d %H:%M:%S ", &*local));
     }
     line += messageText(text);
     if (withNewLine) line += '\n';

@@ -1,5 +1,6 @@
 #include "platform/linux/TrashFolder.h"
 
+#include "base/LocalTime.h"
 #include "base/Paths.h"
 #include "platform/linux/UniqueFd.h"
 
@@ -92,9 +93,7 @@ std::string urlEscaped(std::string_view path) {
 std::string infoText(const std::string& item, const TrashFolder& trash) {
     std::string path = item;
     if (!trash.top.empty()) path = trash.top == "/" ? item.substr(1) : item.substr(trash.top.size() + 1);
-    const std::time_t now = std::time(nullptr);
-    std::tm local = {};
-    ::localtime_r(&now, &local);
+    const std::tm local = localTime(Date::fromSeconds(std::time(nullptr))).value_or(std::tm{});
     char date[32];
     std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &local);
     return "[Trash Info]\nPath=" + urlEscaped(path) + "\nDeletionDate=" + date + "\n";
