@@ -88,7 +88,11 @@ Result<AdoptionRules::Folder> AdoptionRules::folderAt(const std::string& path) {
     const std::string realPath = stringWithRealPath(_files->files(), path).value_or(path);
     if (isHomeOrAbove(*attributes)) return refuse(EINVAL, path, isHome);
     if (isTheAgents(realPath)) return refuse(EINVAL, path, isAgents);
-    if (isTheSystems(realPath)) return refuse(EINVAL, path, "the system keeps files of its own there");
+    // Some homes stand among the system's folders.
+    const std::string home = _services.system.home();
+    const std::string realHome = stringWithRealPath(_files->files(), home).value_or(home);
+    const bool isAtHome = realHome != "/" && paths::isAtOrBelow(realPath, realHome);
+    if (!isAtHome && isTheSystems(realPath)) return refuse(EINVAL, path, "the system keeps files of its own there");
     const auto stat = _services.volumes.statVolume(path);
     if (!stat.ok()) return stat.error();
     if (showsState(stat->typeName)) return refuse(EINVAL, path, "no file can be kept there");

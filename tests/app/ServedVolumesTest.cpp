@@ -244,6 +244,15 @@ TEST_F(ServedVolumesTest, TheSystemsOwnPlacesAreNoDrives) {
     EXPECT_EQ(world.keys().size(), places.size());
 }
 
+TEST_F(ServedVolumesTest, AHomeAmongTheSystemsFoldersHasRoomForDrives) {
+    AppWorld own;
+    own.system.homePath = "/usr/home/ada";
+    own.makeFolders("/usr/home/ada/backup");
+    own.start();
+    EXPECT_EQ(own.adopt("/usr/home/ada/backup"), "");
+    EXPECT_EQ(own.adopt("/usr/home"), "\"/usr/home\": the home folder cannot be a drive");
+}
+
 TEST_F(ServedVolumesTest, ALinkDoesNotHideWhatCannotBeADrive) {
     world.makeFolders("/home/ada/.local/state/vantaro");
     world.makeFolders("/etc");
