@@ -119,7 +119,7 @@ std::optional<std::string> VTPreviewSyncEntry::fileName() const {
 }
 
 std::optional<std::string> VTPreviewSyncEntry::localDisplayPath() const {
-    const auto path = localPath();
+    auto path = localPath();
     if (!path || !m_localTempPath || m_localTempPath->empty()) return path;
     const std::size_t at = path->find(*m_localTempPath);
     if (at == std::string::npos) return path;

@@ -29,7 +29,7 @@ class ProbeOfLinux : public testing::Test {
     }
     int codeOf(const std::string& path) { return describe(probe, path).code(); }
     std::string write(const std::string& name, const std::string& bytes) {
-        const std::string path = (corpus.folder() / name).string();
+        std::string path = (corpus.folder() / name).string();
         std::ofstream(path, std::ios::binary) << bytes;
         return path;
     }
