@@ -1,9 +1,9 @@
 #include "config/VTPreviewSyncEntry.h"
 
+#include "base/LocalTime.h"
 #include "base/Text.h"
 #include "config/utilities/TypedGetters.h"
 
-#include <ctime>
 #include <iomanip>
 #include <sstream>
 #include <utility>
@@ -34,12 +34,11 @@ std::string sizeText(std::uint64_t size) {
 
 // In local time, in the form that the catalogue gives dates.
 std::string dateText(Date date) {
+    const auto local = localTime(date);
+    if (!local) return {};
     const std::string format = localised("%c");
-    const std::time_t seconds = date.wholeSeconds();
-    std::tm local{};
-    if (localtime_r(&seconds, &local) == nullptr) return {};
     std::ostringstream text;
-    text << std::put_time(&local, format.c_str());
+    text << std::put_time(&*local, format.c_str());
     return text.str();
 }
 
