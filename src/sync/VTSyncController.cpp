@@ -139,6 +139,8 @@ void VTSyncController::sync() {
 
 void VTSyncController::continuousSyncNow(const std::vector<std::string>& paths) {
     _parts->log.debugLine("----- continuousSyncNow:");
+    // What was stopped while nothing ran is not what begins now: its changes would wait for the next ones.
+    _parts->tasks.clearCancelIfIdle(_parts->cancel);
     _parts->queue(
         {.operation = operations::continuousSync, .syncActivityType = activity::syncing, .pathsToSyncTo = paths});
 }

@@ -294,6 +294,22 @@ TEST(QueueController, continuousSyncSwitchedOnAgainQueuesButKeepsThePendingCance
     EXPECT_FALSE(world.controller->cancelPending());
 }
 
+TEST(QueueController, aStopWhileNothingRunsDoesNotEndTheContinuousSyncThatFollows) {
+    SyncWorld world;
+    world.computer({file("Music/a.mp3", "a", at(-10))});
+    world.controller->setCancelPending(true, true);
+    world.syncPaths({"/home/ada/Music"});
+    EXPECT_TRUE(world.succeeded());
+    EXPECT_EQ(world.read("/media/stick/ada_Workbench/Music/a.mp3"), "a");
+    // One that comes while something is queued ends that and what comes behind it.
+    world.host.forget();
+    world.controller->sync();
+    world.controller->setCancelPending(true, true);
+    world.syncPaths({"/home/ada/Music"});
+    const auto lines = world.host.lines();
+    EXPECT_EQ(std::ranges::count(lines, "Synchronization of \"stick\" canceled."), 2);
+}
+
 TEST(QueueController, removingTheConfigurationTellsTheApplication) {
     SyncWorld world;
     world.controller->removeDriveSync();
