@@ -1,5 +1,6 @@
 // vantaro: the agent. Builds the adapters, wires them to the application, runs.
 #include "agent/Signals.h"
+#include "agent/StandardStreams.h"
 #include "app/LogFrontEnd.h"
 #include "app/VTApplicationController.h"
 #include "base/LogSink.h"
@@ -151,6 +152,7 @@ int runAgent(int& argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    vt::occupyStandardStreams();
     for (int i = 1; i < argc; ++i) {
         const std::string_view argument = argv[i];
         if (argument == "--version") {

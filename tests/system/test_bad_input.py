@@ -5,6 +5,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
+import support
 from support import LoopImage, SystemTest, World, copies_folder, facts, write
 
 
@@ -43,6 +44,18 @@ class BadInput(SystemTest):
             image.mount("ro")
             self.world.start()
             self.assertIn("read-only", self.refused("adopt", image.mount_point))
+
+    def test_closed_standard_streams_take_no_message(self):
+        write(self.world.home / "Pictures/p.jpg")
+        self.world.start(wrapper=("sh", "-c", 'exec "$0" <&- >&- 2>&-'))
+        for stream in range(3):
+            self.assertEqual(os.readlink(f"/proc/{self.world.agent.pid}/fd/{stream}"), "/dev/null")
+        self.world.adopt(self.drive)
+        self.assertEqual((copies_folder(self.drive) / "Pictures/p.jpg").read_bytes(), b"content")
+        for closed in (">&-", "<&- >&-"):
+            run = subprocess.run(["sh", "-c", f'exec "$0" drives --json {closed}', str(support.BIN / "vantaroctl")],
+                                 env=self.world.env, stderr=subprocess.PIPE, text=True)
+            self.assertEqual((run.returncode, run.stderr), (1, "vantaroctl: the answer could not be written\n"))
 
     def test_unknown_drives_commands_and_values(self):
         self.world.start()

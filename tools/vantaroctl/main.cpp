@@ -7,9 +7,17 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
+
+// A stream that is closed would be the first socket that is opened, and what is printed would be sent to the bus. In
+// this mode its use fails.
+void occupyStandardStreams() {
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
+        if (fcntl(stream, F_GETFD) == -1) (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+}
 
 // Whoever waits catches it instead (see Waiting.h); a call that the agent does not answer ends here.
 void endInterrupted(int) {
@@ -28,6 +36,7 @@ void endWhenInterrupted() {
 } // namespace
 
 int main(int argc, char** argv) {
+    occupyStandardStreams();
     endWhenInterrupted();
     const QCoreApplication application(argc, argv);
     QList<QByteArray> arguments;
