@@ -8,7 +8,7 @@ namespace {
 
 QString deepestAbove(const QString& path, const QJsonArray& served) {
     QString deepest;
-    for (const auto& drive : served) {
+    for (const QJsonValue drive : served) {
         const QString mountPoint = drive["mountPoint"].toString();
         if ((path == mountPoint || path.startsWith(mountPoint + "/")) && mountPoint.size() > deepest.size())
             deepest = mountPoint;
@@ -30,7 +30,7 @@ QString byMountPoint(const QStringList& paths, const QJsonArray& served) {
 
 QString byName(const QString& name, const QJsonArray& served) {
     QStringList named;
-    for (const auto& drive : served)
+    for (const QJsonValue drive : served)
         if (drive["name"].toString() == name) named.append(drive["mountPoint"].toString());
     if (named.size() > 1)
         throw Failure{agentError, QString("several drives are named \"%1\": %2").arg(name, named.join(", "))};
