@@ -82,7 +82,7 @@ QJsonObject toJson(const QVariantMap& map) {
 
 QString busText(const QByteArray& path) {
     QStringDecoder decoder(QStringDecoder::Utf8);
-    const QString text = decoder(path);
+    QString text = decoder(path);
     if (decoder.hasError()) throw Failure{agentError, "the path is not valid UTF-8: " + QString::fromUtf8(path)};
     return text;
 }
@@ -146,7 +146,7 @@ namespace {
 
 WaitingChanges waitingOf(const QJsonObject& drive) {
     WaitingChanges changes{drive["mountPoint"].toString(), {}, drive["secondsLeft"].toDouble()};
-    for (const QJsonValue& folder : drive["folders"].toArray()) changes.folders.append(folder.toString());
+    for (const QJsonValue folder : drive["folders"].toArray()) changes.folders.append(folder.toString());
     return changes;
 }
 
