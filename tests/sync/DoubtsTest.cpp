@@ -5,6 +5,8 @@
 namespace vt::test {
 namespace {
 
+constexpr const char* song = "/home/ada/Music/a.mp3";
+constexpr const char* elsewhere = "/home/ada/a.mp3";
 constexpr const char* copied = "/media/stick/ada_Workbench/Music/a.mp3";
 constexpr const char* archive = "/media/stick/Archived Vantaro Backups";
 
@@ -134,8 +136,6 @@ TEST_P(DoubtfulThatIsNotCopied, becauseTheFilterRefusesItStaysInDoubt) {
 }
 
 TEST_P(DoubtfulThatIsNotCopied, becauseTheComputerHasItNoMoreStaysInDoubt) {
-    constexpr const char* song = "/home/ada/Music/a.mp3";
-    constexpr const char* elsewhere = "/home/ada/a.mp3";
     expectCopiedLater([&](SyncWorld& world) { world.files.move(song, elsewhere, Replace::never).ignore(); },
                       [&](SyncWorld& world) { world.files.move(elsewhere, song, Replace::never).ignore(); });
 }
