@@ -20,7 +20,7 @@ std::string safeComponent(const std::optional<std::string>& uuid) {
 
 } // namespace
 
-SyncPaths::SyncPaths(std::string mountPoint, std::optional<std::string> uuid, std::string hostUserId,
+SyncPaths::SyncPaths(std::string mountPoint, const std::optional<std::string>& uuid, std::string hostUserId,
                      const SystemIdentity& system)
     : _mountPoint(std::move(mountPoint)), _workName(safeComponent(uuid)), _hostUserId(std::move(hostUserId)),
       _userName(system.userName()), _machineName(system.machineName()), _userId(system.userId()), _home(system.home()) {

@@ -18,7 +18,7 @@ namespace vt {
 
 class SyncPaths {
   public:
-    SyncPaths(std::string mountPoint, std::optional<std::string> uuid, std::string hostUserId,
+    SyncPaths(std::string mountPoint, const std::optional<std::string>& uuid, std::string hostUserId,
               const SystemIdentity& system);
 
     [[nodiscard]] const std::string& target() const { return _mountPoint; } // pathForPushkeyTarget
