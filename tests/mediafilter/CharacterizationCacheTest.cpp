@@ -137,12 +137,12 @@ std::string withChecksum(std::string bytes) {
 }
 
 TEST(CharacterizationFile, refusesWellSummedNonsense) {
-    const std::string version1("\1\0\0\0", 4);
-    EXPECT_TRUE(characterizationfile::decode(withChecksum("VTMC" + version1 + std::string(4, '\0'))));
-    EXPECT_FALSE(characterizationfile::decode(withChecksum("VTMC" + version1 + std::string(4, '\xFF'))));
-    EXPECT_FALSE(characterizationfile::decode(withChecksum("VTMC" + version1 + std::string("\1\0\0\0", 4))));
-    EXPECT_FALSE(characterizationfile::decode(withChecksum("VTMC" + version1 + std::string(5, '\0'))));
-    EXPECT_FALSE(characterizationfile::decode(withChecksum("VTMC" + std::string("\2\0\0\0\0\0\0\0", 8))));
+    const std::string version("\2\0\0\0", 4);
+    EXPECT_TRUE(characterizationfile::decode(withChecksum("VTMC" + version + std::string(4, '\0'))));
+    EXPECT_FALSE(characterizationfile::decode(withChecksum("VTMC" + version + std::string(4, '\xFF'))));
+    EXPECT_FALSE(characterizationfile::decode(withChecksum("VTMC" + version + std::string("\1\0\0\0", 4))));
+    EXPECT_FALSE(characterizationfile::decode(withChecksum("VTMC" + version + std::string(5, '\0'))));
+    EXPECT_FALSE(characterizationfile::decode(withChecksum("VTMC" + std::string("\1\0\0\0\0\0\0\0", 8))));
     EXPECT_FALSE(characterizationfile::decode(withChecksum("VTMC")));
     EXPECT_FALSE(characterizationfile::decode(""));
     std::string tooManyTracks = characterizationfile::encode({{key(1), MediaFileCharacterization{}}});
