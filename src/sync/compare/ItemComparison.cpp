@@ -3,7 +3,6 @@
 #include "base/Paths.h"
 #include "config/utilities/DateConversions.h"
 #include "config/utilities/Packages.h"
-#include "sync/compare/FileComparison.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -196,13 +195,22 @@ ItemComparison::Answer ItemComparison::decide(const Item& item, Index local, con
                                 toDrive ? "Pushkey" : "local   ", shown(older), toDrive ? "local   " : "Pushkey",
                                 shown(newer));
     }
-    const unsigned type = doubtful ? entrytype::changedOnOneSide : decision.syncEntryType;
+    const unsigned type = doubtful ? doubtfulType(decision, localDate, driveDate) : decision.syncEntryType;
     ScanEntry entry = complete(entryFor(item, local, type, toDrive ? action::toDrive : action::driveIsNewer));
     if (!toDrive) {
         entry.localPath = workPath(_localWork, item.drive);
         entry.pushkeyPath = item.drive;
     }
     return add(entry) ? Answer::yes : Answer::no;
+}
+
+unsigned ItemComparison::doubtfulType(const FileDecision& decision, Date localDate, Date driveDate) const {
+    const std::int64_t later = driveDate.nanoseconds() - localDate.nanoseconds();
+    const std::int64_t granularity = std::max<std::int64_t>(_services.dateGranularity, 1);
+    // The computer's version, as long as the drive may have kept its date less exactly.
+    if (std::abs(later) < granularity) return entrytype::changedOnOneSide;
+    if (later > 0) return entrytype::changedOnBothSides;
+    return decision.verdict == FileVerdict::toDrive ? decision.syncEntryType : entrytype::changedOnOneSide;
 }
 
 std::optional<unsigned> ItemComparison::replacedType(const Item& item, const FileAttributes& local,

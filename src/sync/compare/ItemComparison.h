@@ -10,6 +10,7 @@
 #include "sync/compare/ComputerSnapshot.h"
 #include "sync/compare/DateShift.h"
 #include "sync/compare/DriveFolder.h"
+#include "sync/compare/FileComparison.h"
 #include "sync/compare/PassFilter.h"
 #include "sync/compare/PassTally.h"
 #include "sync/compare/ScanResults.h"
@@ -77,6 +78,9 @@ class ItemComparison {
     // The entry type with which a file goes to the drive that was replaced on the computer without a later date.
     [[nodiscard]] std::optional<unsigned> replacedType(const Item& item, const FileAttributes& local,
                                                        const FileAttributes& drive);
+    // The same for a file that goes there because it may be short: what somebody may have changed on the drive is set
+    // aside, as it is of files that are not in doubt.
+    [[nodiscard]] unsigned doubtfulType(const FileDecision& decision, Date localDate, Date driveDate) const;
     Answer decide(const Item& item, Index local, const FileAttributes& drive, Date localDate, Date driveDate);
     bool walk(Frame first);
     Answer nextChild(Frame& frame, Item& child);
