@@ -150,6 +150,7 @@ bool SyncPass::compareItems(const std::vector<ChosenItem>& items) {
         _services.log.logLine("Processing \"%@\".", _services.delegate.displayNameAtPath(local));
         if (roots->at(i) == ownDrive) {
             _services.log.logLine("\"%@\" lies on its own drive and is left out.", paths::displayText(local));
+            _tally.didNotLookInto(_finalPaths[i]);
             continue;
         }
         owed.beginItem(items[i].item);
@@ -237,7 +238,7 @@ void SyncPass::settle() {
     _services.owed.settle(_scanResults, _tally, walked, committed);
     _services.copied.settle(committed, walked && !_bDoingContinuousSync);
     if (walked && committed && _tally.failedOrSkipped == _tally.refusedNames)
-        _services.tools.journal().settle(_finalPaths, _tally.stillInDoubt);
+        _services.tools.journal().settle(_finalPaths, _tally.stillInDoubt, _tally.notLookedInto);
 }
 
 void SyncPass::syncThreadCleanupAfterSync() {

@@ -5,10 +5,14 @@
 namespace vt::test {
 namespace {
 
-constexpr const char* song = "/home/ada/Music/a.mp3";
-constexpr const char* elsewhere = "/home/ada/a.mp3";
 constexpr const char* copied = "/media/stick/ada_Workbench/Music/a.mp3";
 constexpr const char* archive = "/media/stick/Archived Vantaro Backups";
+
+// With what its journal says, as after a kill; after a power cut when `world.system.boot` has changed.
+void restartAgent(SyncWorld& world) {
+    world.controller = world.controllerFor(SyncWorld::drive);
+    world.join(*world.controller, {"~/Music"});
+}
 
 FileAttributes changedAt(Date changed, Date born) {
     FileAttributes attributes;
@@ -73,8 +77,7 @@ TEST(Doubts, aShortCopyIsReplacedThoughTheJournalWasRemovedMeanwhile) {
     world.sync();
     world.disk.faults().clear();
     world.write(copied, "", at(-10)); // what the pull has left
-    world.controller = world.controllerFor(SyncWorld::drive);
-    world.join(*world.controller, {"~/Music"});
+    restartAgent(world);
     world.sync();
     EXPECT_EQ(world.read(copied), "whole content");
 }
@@ -96,37 +99,96 @@ TEST(Doubts, oneThatIsLaterThanWhatTheComputerHasNowIsSetAsideFirst) {
     EXPECT_EQ(world.read(std::string(archive) + "/2013-05-21/ada_Workbench/Music/a.mp3"), "whole content");
 }
 
+// A drive file that changed after a sync was cut, and that only the time since then holds in doubt.
+struct ChangedSince {
+    const char* name;
+    Date local;
+    Date drive;
+    bool kept;
+};
+void PrintTo(const ChangedSince& row, std::ostream* out) {
+    *out << row.name;
+}
+
+class DoubtfulByItsTimeAlone : public testing::TestWithParam<ChangedSince> {};
+
+TEST_P(DoubtfulByItsTimeAlone, isSetAsideAsOneThatIsNotInDoubt) {
+    FakeMount coarse;
+    coarse.capabilities.dateGranularity = 2'000'000'000;
+    SyncWorld world({"~/Music"}, coarse);
+    world.system.boot = "first";
+    restartAgent(world);
+    world.computer({file("Music/a.txt", "ours", at(-10))});
+    world.sync();
+    ASSERT_TRUE(world.controller->lastSyncTime().has_value());
+    world.clock.setNow(at(10));
+    world.computer({file("Music/b.mp3", "b", at(5))});
+    world.disk.faults().fail("flushVolume", SyncWorld::drive, EIO);
+    world.sync();
+    world.disk.faults().clear();
+    world.system.boot = "second";
+    world.clock.setNow(at(30));
+    restartAgent(world);
+    world.write("/home/ada/Music/a.txt", "our version", GetParam().local);
+    world.write("/media/stick/ada_Workbench/Music/a.txt", "theirs", GetParam().drive);
+    world.sync();
+    EXPECT_EQ(world.read("/media/stick/ada_Workbench/Music/a.txt"), "our version");
+    const auto aside = world.read(std::string(archive) + "/2013-05-21/ada_Workbench/Music/a.txt");
+    EXPECT_EQ(aside, GetParam().kept ? std::optional<std::string>("theirs") : std::nullopt);
+    EXPECT_FALSE(world.exists(std::string(archive) + "/2013-05-21/ada_Workbench/Music/b.mp3"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Dates, DoubtfulByItsTimeAlone,
+                         testing::Values(ChangedSince{"laterOnTheDrive", at(-10), at(20), true},
+                                         ChangedSince{"laterThoughBothAreOld", at(-10), at(-5), true},
+                                         ChangedSince{"changedOnBothSides", at(25), at(20), true},
+                                         ChangedSince{"changedOnTheComputerOnly", at(25), at(-10), false},
+                                         ChangedSince{"ofTheSameDate", at(20), at(20), false},
+                                         ChangedSince{"asTheDriveKeepsTheDate", at(20).plusSeconds(1.5), at(20),
+                                                      false}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
 // Whether the journal has its name or only the time since when it is in doubt.
 class DoubtfulThatIsNotCopied : public testing::TestWithParam<const char*> {
   protected:
-    // `leaveOut` keeps one sync from copying the song again, `letIn` makes an end of that.
+    // `leaveOut` keeps one sync from copying the file again, `letIn` makes an end of that. What is named lies in the
+    // home folder, and on the drive where its copies are.
     void expectCopiedLater(const std::function<void(SyncWorld&)>& leaveOut,
-                           const std::function<void(SyncWorld&)>& letIn) {
+                           const std::function<void(SyncWorld&)>& letIn, const std::string& name = "Music/a.mp3") {
+        const std::string copy = paths::join(SyncWorld::copies, name);
         SyncWorld world;
         world.system.boot = "first";
-        world.controller = world.controllerFor(SyncWorld::drive);
-        world.join(*world.controller, {"~/Music"});
-        world.computer({file("Music/a.mp3", "whole content", at(-10)), file("Music/b.txt", "b", at(-10))});
+        restartAgent(world);
+        world.computer({file(name, "whole content", at(-10)), file("Music/b.txt", "b", at(-10))});
         world.disk.faults().fail("flushVolume", SyncWorld::drive, EIO);
         world.sync();
         world.disk.faults().clear();
         world.system.boot = GetParam();
         world.clock.setNow(at(10));
-        world.controller = world.controllerFor(SyncWorld::drive);
-        world.join(*world.controller, {"~/Music"});
-        world.write(copied, "", at(-10)); // what a power cut has left
+        restartAgent(world);
+        const Date folderDate = world.files.attributes(paths::parent(copy))->modified;
+        world.write(copy, "", at(-10)); // what a power cut has left
+        EXPECT_TRUE(world.files.setModified(paths::parent(copy), folderDate).ok());
         leaveOut(world);
         for (int pass = 0; pass < 2; ++pass) world.sync();
-        EXPECT_EQ(world.read(copied), "");
+        EXPECT_EQ(world.read(copy), "");
         letIn(world);
         world.sync();
-        EXPECT_EQ(world.read(copied), "whole content");
+        EXPECT_EQ(world.read(copy), "whole content");
         world.disk.faults().clearLog();
         world.sync();
         const auto& log = world.disk.faults().log();
         EXPECT_TRUE(std::ranges::none_of(log, [](const std::string& call) { return call.starts_with("copyFile"); }));
         EXPECT_FALSE(world.exists(archive));
     }
+    // As a folder of which nothing is there before somebody opens or mounts it.
+    void expectCopiedOnceBack(const std::string& moved, const std::string& name) {
+        const std::string there = paths::join(SyncWorld::home, moved);
+        expectCopiedLater([&](SyncWorld& world) { EXPECT_TRUE(world.files.move(there, closed, Replace::never).ok()); },
+                          [&](SyncWorld& world) { EXPECT_TRUE(world.files.move(closed, there, Replace::never).ok()); },
+                          name);
+    }
+    static constexpr const char* closed = "/home/ada/closed";
 };
 
 TEST_P(DoubtfulThatIsNotCopied, becauseTheFilterRefusesItStaysInDoubt) {
@@ -135,9 +197,27 @@ TEST_P(DoubtfulThatIsNotCopied, becauseTheFilterRefusesItStaysInDoubt) {
                       [](SyncWorld& world) { world.controller->updateFileValidator({&world.everything}); });
 }
 
+TEST_P(DoubtfulThatIsNotCopied, becauseTheFilterRefusesItsPackageStaysInDoubt) {
+    const auto onlyTexts = VTContainerValidator::suffixMatch(".*\\.txt$", true);
+    expectCopiedLater([&](SyncWorld& world) { world.controller->updateFileValidator({&onlyTexts}); },
+                      [](SyncWorld& world) { world.controller->updateFileValidator({&world.everything}); },
+                      "Music/a.pages/text");
+}
+
 TEST_P(DoubtfulThatIsNotCopied, becauseTheComputerHasItNoMoreStaysInDoubt) {
-    expectCopiedLater([&](SyncWorld& world) { world.files.move(song, elsewhere, Replace::never).ignore(); },
-                      [&](SyncWorld& world) { world.files.move(elsewhere, song, Replace::never).ignore(); });
+    expectCopiedOnceBack("Music/a.mp3", "Music/a.mp3");
+}
+
+TEST_P(DoubtfulThatIsNotCopied, becauseAFolderAboveItIsNotThereStaysInDoubt) {
+    expectCopiedOnceBack("Music/vault", "Music/vault/deep/a.mp3");
+}
+
+TEST_P(DoubtfulThatIsNotCopied, becauseItsSyncItemIsNotThereStaysInDoubt) {
+    expectCopiedOnceBack("Music", "Music/album/a.mp3");
+}
+
+TEST_P(DoubtfulThatIsNotCopied, becauseItsPackageIsNotThereStaysInDoubt) {
+    expectCopiedOnceBack("Music/a.pages", "Music/a.pages/text");
 }
 
 INSTANTIATE_TEST_SUITE_P(Starts, DoubtfulThatIsNotCopied, testing::Values("first", "second"),

@@ -146,13 +146,13 @@ TEST_F(JournalTest, SettlingForgetsOnlyWhatThePassWalked) {
     }
     auto next = journal("boot-2");
     next.beginPass({});
-    next.settle({d("Music")}, {});
+    next.settle({d("Music")}, {}, {});
     EXPECT_EQ(next.leftovers().files.size(), 1U);
     EXPECT_EQ(next.leftovers().groups[0].items, (Lines{d("Pictures")}));
     auto third = journal("boot-2");
     third.beginPass({});
     EXPECT_EQ(third.leftovers().files.count(d("Pictures/b")), 1U);
-    third.settle({d("Pictures")}, {});
+    third.settle({d("Pictures")}, {}, {});
     EXPECT_TRUE(journalFiles().empty());
 }
 
@@ -165,11 +165,34 @@ TEST_F(JournalTest, PartlyWalkedGroupIsWrittenBackToo) {
     {
         auto next = journal("boot-2");
         next.beginPass({});
-        next.settle({d("Music")}, {});
+        next.settle({d("Music")}, {}, {});
     }
     auto third = journal("boot-2");
     ASSERT_EQ(third.beginPass({}).groups.size(), 1U);
     EXPECT_EQ(third.leftovers().groups[0].items, (Lines{d("Pictures")}));
+}
+
+TEST_F(JournalTest, SettlingKeepsWhatLiesWhereThePassDidNotLook) {
+    for (const char* boot : {"boot-1", "boot-2"}) { // of the two groups the first speaks for both in the end
+        auto one = journal(boot);
+        one.beginPass({d("Music")});
+        for (const char* name : {"Music/a", "Music/vault/b", "Music/vault 2/c"}) copied(one, name);
+        clock.advance(std::chrono::minutes(1));
+    }
+    auto next = journal("boot-3");
+    const Date start = next.beginPass({}).groups.at(0).start;
+    for (int pass = 0; pass < 2; ++pass) {
+        next.settle({d("Music")}, {}, {d("Music/vault"), d("Pictures/vault")});
+        ASSERT_EQ(next.leftovers().groups.size(), 1U);
+        EXPECT_EQ(next.leftovers().groups[0].items, (Lines{d("Music/vault")}));
+        EXPECT_EQ(next.leftovers().groups[0].start, start);
+        EXPECT_EQ(next.leftovers().files.size(), 1U);
+        EXPECT_TRUE(next.dateGiven(d("Music/vault/b")).has_value());
+    }
+    next.settle({d("Music")}, {}, {d("Music")}); // what is narrower already stays so
+    EXPECT_EQ(next.leftovers().groups[0].items, (Lines{d("Music/vault")}));
+    next.settle({d("Music")}, {}, {});
+    EXPECT_TRUE(journalFiles().empty());
 }
 
 TEST_F(JournalTest, FailedFlushIsToldAndKeepsItsNamesWhateverALaterOneSays) {
@@ -256,7 +279,7 @@ TEST_F(JournalTest, CopiesOfAPassThatEndedWithoutAFlushWaitForTheNextOne) {
     {
         auto next = journal(); // should the process end now after all
         EXPECT_EQ(next.beginPass({}).files.size(), 1U);
-        next.settle({d("Music")}, {});
+        next.settle({d("Music")}, {}, {});
     }
     EXPECT_TRUE(one.flush().ok());
     EXPECT_EQ(flushes, 1);

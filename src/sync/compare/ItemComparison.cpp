@@ -64,8 +64,10 @@ bool ItemComparison::syncThreadSyncItem(const std::string& itemPath, Index local
     if (!_services.filter.shouldCopyItem(item.local, name, known ? &*known : nullptr)) {
         _services.log.debugLine("-\n-: skipping \"%@\"\n-:     <--> \"%@\"", shown(item.local), shown(item.drive));
         std::optional<FileAttributes> present;
-        if (there && _services.snapshot.kind(local) == FileKind::regular)
-            if (const auto drive = _services.files.attributes(item.drive)) present = *drive;
+        if (!there || _services.snapshot.kind(local) != FileKind::regular)
+            noteNotLookedInto(item.drive);
+        else if (const auto drive = _services.files.attributes(item.drive))
+            present = *drive;
         skipFiltered(item, local, present ? &*present : nullptr);
         closingLines(item, true);
         return true;
@@ -119,6 +121,7 @@ ItemComparison::Answer ItemComparison::compare(const Item& item, Index local, co
     }
     if (_services.snapshot.leftOut(local)) {
         _services.log.logLine("\"%@\" is a drive of its own and is left out.", shown(item.local));
+        noteNotLookedInto(item.drive);
         return Answer::yes;
     }
     if (drive == nullptr) return onlyOnComputer(item, local);
@@ -295,8 +298,14 @@ void ItemComparison::skipFiltered(const Item& item, Index local, const FileAttri
 }
 
 void ItemComparison::noteDoubt(const std::string& path, const FileAttributes& present) {
-    if (present.isRegular() && _services.doubts != nullptr && _services.doubts->mayBeShort(path, present))
+    if (present.isDirectory())
+        noteNotLookedInto(path);
+    else if (present.isRegular() && _services.doubts != nullptr && _services.doubts->mayBeShort(path, present))
         _services.tally.stillInDoubt.emplace(path, present.modified);
+}
+
+void ItemComparison::noteNotLookedInto(const std::string& path) {
+    if (_services.doubts != nullptr && !_services.doubts->none()) _services.tally.didNotLookInto(path);
 }
 
 void ItemComparison::closingLines(const Item& item, bool result) const {

@@ -94,8 +94,9 @@ class ItemComparison {
     [[nodiscard]] Date newestOnDrive(const std::string& package, const FileAttributes& attributes);
     [[nodiscard]] std::string workPath(const std::string& work, const std::string& drive) const;
     [[nodiscard]] ScanEntry entryFor(const Item& item, Index local, unsigned type, unsigned action) const;
-    // Until it is copied again.
+    // What is in doubt at or below `path` stays so until it is copied again.
     void noteDoubt(const std::string& path, const FileAttributes& present);
+    void noteNotLookedInto(const std::string& path); // where there are doubts at all
     bool add(const ScanEntry& entry);
     void closingLines(const Item& item, bool result) const;
 

@@ -101,7 +101,7 @@ ItemComparison::Answer ItemComparison::driveOnlyEntries(const Frame& frame) {
         if (_services.log.debugEnabled())
             _services.log.debugLine("-\n-: skipping Pushkey item \"%@\"",
                                     paths::displayText(paths::join(frame.folder.drive, entry.name)));
-        if (_services.doubts != nullptr && !_services.doubts->none())
+        if (_services.doubts != nullptr && !_services.doubts->none()) // otherwise no path needs to be made
             noteDoubt(paths::join(frame.folder.drive, entry.name), entry.attributes);
         ++_services.tally.driveOnly;
         return true;

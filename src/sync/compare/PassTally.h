@@ -2,10 +2,12 @@
 // Units: bytes, rounded up to multiples of 512.
 #pragma once
 
+#include "base/Paths.h"
 #include "sync/owed/OwedRecord.h"
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 
 namespace vt {
@@ -14,6 +16,8 @@ struct PassTally {
     std::map<std::string, OwedReason> leftOut; // paths on the computer that failed, were skipped or refused
     // Places on the drive that may be short and were not copied again, with the dates that they have there.
     std::map<std::string, Date> stillInDoubt;
+    // Places on the drive below which nothing was compared, without trailing slashes.
+    std::set<std::string> notLookedInto;
     std::uint64_t failedOrSkipped = 0;
     std::uint64_t refusedNames = 0; // of these, what the drive cannot hold at all: no later pass can do better
     std::uint64_t filteredCount = 0;
@@ -23,6 +27,7 @@ struct PassTally {
     void fail(const std::string& path, OwedReason reason) {
         if (leftOut.insert_or_assign(path, reason).second) ++failedOrSkipped;
     }
+    void didNotLookInto(const std::string& place) { notLookedInto.insert(paths::join(place, "")); }
     void refuseName() {
         ++refusedNames;
         ++failedOrSkipped;

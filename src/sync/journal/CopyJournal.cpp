@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <tuple>
 #include <utility>
 
 namespace vt {
@@ -25,6 +26,30 @@ constexpr const char* earlierBoot = "earlier"; // whichever it was, it is over
 bool isBelowAny(const std::string& path, const std::vector<std::string>& items) {
     return std::any_of(items.begin(), items.end(),
                        [&](const std::string& item) { return paths::isAtOrBelow(path, item); });
+}
+
+// As many look-ups as `path` has components: both may be many.
+bool isBelowAny(const std::string& below, const std::set<std::string>& places) {
+    std::string path = paths::join(below, ""); // a sync item may end with a slash
+    while (path.size() > 1 && !places.contains(path)) path = paths::parent(path);
+    return places.contains(path);
+}
+
+// What of a group stays in doubt after a pass over `items`; true when that is not the same as before.
+bool narrow(std::vector<std::string>& group, const std::vector<std::string>& items,
+            const std::set<std::string>& notLookedInto) {
+    std::vector<std::string> left;
+    for (const std::string& item : group) {
+        if (!isBelowAny(item, items) || isBelowAny(item, notLookedInto))
+            left.push_back(item);
+        else
+            for (auto place = notLookedInto.lower_bound(item); place != notLookedInto.end() && place->starts_with(item);
+                 ++place)
+                if (paths::isAtOrBelow(*place, item)) left.push_back(*place);
+    }
+    const bool changed = left != group;
+    group = std::move(left);
+    return changed;
 }
 
 } // namespace
@@ -120,16 +145,27 @@ std::optional<Date> CopyJournal::dateGiven(const std::string& path) const {
     return found->second;
 }
 
-void CopyJournal::settle(const std::vector<std::string>& items, const std::map<std::string, Date>& stillInDoubt) {
+void CopyJournal::settle(const std::vector<std::string>& items, const std::map<std::string, Date>& stillInDoubt,
+                         const std::set<std::string>& notLookedInto) {
     if (_leftovers.files.empty() && _leftovers.groups.empty()) return;
     std::size_t changes = std::erase_if(_leftovers.files, [&](const auto& file) {
-        return isBelowAny(file.first, items) && !stillInDoubt.contains(file.first);
+        return isBelowAny(file.first, items) && !stillInDoubt.contains(file.first) &&
+               !isBelowAny(file.first, notLookedInto);
     });
-    for (auto& group : _leftovers.groups)
-        changes += std::erase_if(group.items, [&](const std::string& item) { return isBelowAny(item, items); });
-    std::erase_if(_leftovers.groups, [](const Leftovers::Group& group) { return group.items.empty(); });
+    for (auto& group : _leftovers.groups) changes += narrow(group.items, items, notLookedInto) ? 1U : 0U;
+    uniteLeftoverGroups();
     for (const auto& file : stillInDoubt) changes += _leftovers.files.insert(file).second ? 1U : 0U;
     if (changes != 0) writeLeftovers();
+}
+
+// The earliest of several that speak for the same: a folder that never comes back would collect them for ever.
+void CopyJournal::uniteLeftoverGroups() {
+    auto& groups = _leftovers.groups;
+    std::erase_if(groups, [](const Leftovers::Group& group) { return group.items.empty(); });
+    std::sort(groups.begin(), groups.end(),
+              [](const auto& a, const auto& b) { return std::tie(a.items, a.start) < std::tie(b.items, b.start); });
+    const auto same = [](const auto& a, const auto& b) { return a.items == b.items; };
+    groups.erase(std::unique(groups.begin(), groups.end(), same), groups.end());
 }
 
 void CopyJournal::beforeCopy() {

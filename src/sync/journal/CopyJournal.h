@@ -18,6 +18,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -52,8 +53,10 @@ class CopyJournal {
     [[nodiscard]] const Leftovers& leftovers() const { return _leftovers; }
     [[nodiscard]] std::optional<Date> dateGiven(const std::string& path) const;
     // After the last flush of a pass over `items`: all that was in doubt at or below them was copied again or found
-    // whole, but for these, with the dates that they have on the drive.
-    void settle(const std::vector<std::string>& items, const std::map<std::string, Date>& stillInDoubt);
+    // whole, but for these, with the dates that they have on the drive, and for what lies at or below the places that
+    // it did not look into, which have no slash at their end.
+    void settle(const std::vector<std::string>& items, const std::map<std::string, Date>& stillInDoubt,
+                const std::set<std::string>& notLookedInto);
 
     void beforeCopy();
     void afterCopy(const std::string& path, Date written, std::uint64_t bytes);
@@ -94,6 +97,7 @@ class CopyJournal {
     void flushEnded(const Result<void>& flushed, const Running& covering);
     void readEarlierGroup(const std::string& path);
     void addLeftoverGroup(Leftovers::Group group);
+    void uniteLeftoverGroups();
     void writeLeftovers();
     void complain(const Error& error);
 

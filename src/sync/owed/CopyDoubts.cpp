@@ -18,14 +18,24 @@ std::optional<Date> changeTime(const FileAttributes& present) {
 
 } // namespace
 
+CopyDoubts::CopyDoubts(const CopyJournal::Leftovers& leftovers) : _leftovers(leftovers) {
+    for (const auto& [items, start] : leftovers.groups)
+        for (const std::string& item : items) {
+            const auto known = _since.emplace(paths::join(item, ""), start).first; // without a slash at its end
+            known->second = std::min(known->second, start);
+        }
+}
+
 bool CopyDoubts::mayBeShort(const std::string& path, const FileAttributes& present) const {
     if (_leftovers.files.contains(path)) return true;
-    return std::any_of(_leftovers.groups.begin(), _leftovers.groups.end(), [&](const auto& group) {
-        const auto changed = changeTime(present);
-        if (changed && *changed < group.start) return false;
-        return std::any_of(group.items.begin(), group.items.end(),
-                           [&](const std::string& item) { return paths::isAtOrBelow(path, item); });
-    });
+    if (_since.empty()) return false;
+    const auto changed = changeTime(present);
+    // As many look-ups as the path has components: the items may be many.
+    for (std::string above = paths::join(path, ""); above.size() > 1; above = paths::parent(above)) {
+        const auto group = _since.find(above);
+        if (group != _since.end() && (!changed || *changed >= group->second)) return true;
+    }
+    return false;
 }
 
 } // namespace vt
