@@ -136,7 +136,7 @@ TEST(ControllerFacts, aNetworkVolumeIsCompatibleAndHasItsPathAsTag) {
     world.mountDrive("/Volumes/Public", "share1", share);
     const auto c = world.controllerFor("/Volumes/Public");
     EXPECT_FALSE(c->isValidDevice());
-    world.host.mapped.push_back("/Volumes/Public");
+    world.host.mapped.emplace_back("/Volumes/Public");
     EXPECT_TRUE(c->isValidDevice());
     EXPECT_TRUE(c->isValidFileSystem());
     EXPECT_EQ(c->totalBytes(), 0U);

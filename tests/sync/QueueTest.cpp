@@ -24,8 +24,8 @@ struct RunnerWorld : TaskWork {
     int notifications = 0;
     std::function<void()> duringWork;
     TaskRunner runner{{queue, progress, log, cancel, guard, *world.services.process, *this, HomePaths("/home/ada"),
-                       [this] { ++notifications; }, [this] { movies.push_back("enter"); },
-                       [this] { movies.push_back("exit"); }}};
+                       [this] { ++notifications; }, [this] { movies.emplace_back("enter"); },
+                       [this] { movies.emplace_back("exit"); }}};
 
     RunnerWorld() { guard.recordIdentity(); }
     void threadDoSync(const std::optional<Names>& paths) override {
@@ -40,7 +40,7 @@ struct RunnerWorld : TaskWork {
         for (const std::string& item : list) text += " " + item;
         done.push_back(text);
     }
-    void threadRemoveDriveSync() override { done.push_back("remove"); }
+    void threadRemoveDriveSync() override { done.emplace_back("remove"); }
 };
 
 TEST(QueueRunner, tasksRunInTheOrderInWhichTheyWereQueued) {
