@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <sys/uio.h>
 #include <sys/vfs.h>
+#include <unistd.h>
 
 namespace vt::test {
 namespace {
@@ -154,6 +155,17 @@ TEST_F(SystemCallsTest, aLargeFileTakesNoMemoryThatItDidNotHaveBefore) {
     EXPECT_EQ(letGo("copy of what is not"), shares ? 0 : cold ? 3 + 5 : 3);
     EXPECT_TRUE(_files.read(_folder / "copy of what is not", 34 * mebibyte).valueOr("") ==
                 std::string(33 * mebibyte, 'l'));
+}
+
+TEST_F(SystemCallsTest, aFileOfHolesCostsNoMoreThanASmallOne) {
+    constexpr off_t size = off_t{2} << 40;
+    buildTree(_files, _files, _folder / "holes", {});
+    buildTree(_files, _files, _folder / "copy", {});
+    const UniqueFd file(::open((_folder / "holes/huge").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
+    ASSERT_EQ(::ftruncate(file.get(), size), 0);
+    const SystemCalls made = SystemCalls::of([&] { copyFolder("holes", "copy"); });
+    EXPECT_LT(made.all(), 60);
+    EXPECT_EQ(_files.attributes(_folder / "copy/huge").valueOr({}).size, static_cast<std::uint64_t>(size));
 }
 
 } // namespace

@@ -139,10 +139,9 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
             }
             request.parameters = std::move(*parameters);
             for (const auto& [keyword, descriptor] : request.parameters) request.size += contentBytes(descriptor);
-        } else {
-            for (const QVariant& argument : request.message.arguments())
-                request.size += static_cast<std::size_t>(argument.toString().size()) * sizeof(QChar);
         }
+        for (const QVariant& argument : request.message.arguments()) // texts; others have none
+            request.size += static_cast<std::size_t>(argument.toString().size()) * sizeof(QChar);
         if (_bytesInLine + request.size > largestLine) {
             refuse(request.message, request.connection, QDBusError::LimitsExceeded,
                    latin("the agent has too large requests to answer"));
