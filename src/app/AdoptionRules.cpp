@@ -15,9 +15,10 @@ namespace {
 
 // Through these a kernel shows its own state, or a program what it likes: what is written there is kept nowhere.
 constexpr std::array<std::string_view, 24> stateFileSystems = {
-    "autofs",   "binfmt_misc", "bpf",        "cgroup",    "cgroup2",   "configfs", "debugfs", "devpts",
-    "devtmpfs", "efivarfs",    "fuse.lxcfs", "fusectl",   "hugetlbfs", "mqueue",   "nsfs",    "proc",
-    "pstore",   "rpc_pipefs",  "securityfs", "selinuxfs", "smackfs",   "sysfs",    "tracefs", "fuse.portal",
+    "binfmt_misc", "bpf",      "cgroup",   "cgroup2",    "configfs",    "debugfs",
+    "devpts",      "devtmpfs", "efivarfs", "fuse.lxcfs", "fusectl",     "hugetlbfs",
+    "mqueue",      "nsfs",     "proc",     "pstore",     "rpc_pipefs",  "securityfs",
+    "selinuxfs",   "smackfs",  "sysfs",    "tracefs",    "fuse.portal", "fuse.xdg-document-portal",
 };
 constexpr std::array<std::string_view, 14> systemTrees = {
     "/bin",   "/boot",   "/dev", "/efi",  "/etc",  "/lib", "/lib32",
@@ -95,6 +96,7 @@ Result<AdoptionRules::Folder> AdoptionRules::folderAt(const std::string& path) {
     if (!isAtHome && isTheSystems(realPath)) return refuse(EINVAL, path, "the system keeps files of its own there");
     const auto stat = _services.volumes.statVolume(path);
     if (!stat.ok()) return stat.error();
+    if (stat->typeName == "autofs") return refuse(ENOENT, path, "nothing is mounted there yet: open it once");
     if (showsState(stat->typeName)) return refuse(EINVAL, path, "no file can be kept there");
     if (stat->readOnly) return refuse(EROFS, path, "the volume is read-only");
     if (const auto writable = _files->files().checkWritable(path); !writable.ok())

@@ -4,6 +4,7 @@
 
 #include "app/ApplicationServices.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>

@@ -184,7 +184,8 @@ Result<std::string> ServedVolumes::adopt(const std::string& path) {
     // A second mount of a volume, and one in a place of the system's own, raise no events: they are served as folders.
     const bool isVolume = description && isListed(place);
     const AdoptedDrive drive = isVolume ? driveOf(*description) : AdoptedDrive{place, std::nullopt, true};
-    if (!served && !_adopted.isAdopted(drive)) {
+    // A volume inside a synced folder is left out of its copies, and is a drive all the same.
+    if (!served && !isVolume && !_adopted.isAdopted(drive)) {
         if (const auto checked = _rules.checkIsNoSource(place, *folder); !checked.ok()) return checked.error();
     }
     if (auto remembered = _adopted.remember(drive); !remembered.ok()) return remembered.error();

@@ -108,14 +108,14 @@ struct PathRow {
 TEST(PreviewEntry, TheTemporaryFolderIsHiddenFromPaths) {
     const PathRow rows[] = {
         {"/home/ann/Music/a.mp3", std::nullopt, "/home/ann/Music/a.mp3"},
-        {"/home/ann/Music/a.mp3", "/tmp/w", "/home/ann/Music/a.mp3"},
+        {"/home/ann/Music/a.mp3", "/tmp/preview", "/home/ann/Music/a.mp3"},
         {"/home/ann/Music/a.mp3", "", "/home/ann/Music/a.mp3"},
-        {"/tmp/w/~/Music/a.mp3", "/tmp/w", "/home/ann/Music/a.mp3"},
-        {"/tmp/w/Volumes/a.mp3", "/tmp/w", "Volumes/a.mp3"},
-        {"/private/tmp/w/x/tmp/w/a.mp3", "/tmp/w", "x/tmp/w/a.mp3"},
-        {"/tmp/w", "/tmp/w", "/tmp/w"},
-        {"/tmp/w/", "/tmp/w", "/tmp/w/"},
-        {"~/Music", "/tmp/w", "~/Music"},
+        {"/tmp/preview/~/Music/a.mp3", "/tmp/preview", "/home/ann/Music/a.mp3"},
+        {"/tmp/preview/Volumes/a.mp3", "/tmp/preview", "Volumes/a.mp3"},
+        {"/private/tmp/preview/x/tmp/preview/a.mp3", "/tmp/preview", "x/tmp/preview/a.mp3"},
+        {"/tmp/preview", "/tmp/preview", "/tmp/preview"},
+        {"/tmp/preview/", "/tmp/preview", "/tmp/preview/"},
+        {"~/Music", "/tmp/preview", "~/Music"},
     };
     for (const PathRow& row : rows) {
         auto made = entry({{"localPath", row.path}});
@@ -211,8 +211,8 @@ class PreviewSource : public testing::Test {
     void fill() {
         source.setDataStorage(Dictionary{
             {"numEntries", 2},
-            {"localTempPath", "/tmp/w"},
-            {"0", Dictionary{{"localPath", "/tmp/w/~/a"}, {"syncEntryType", 2}, {"actionToPerform", 1}}},
+            {"localTempPath", "/tmp/preview"},
+            {"0", Dictionary{{"localPath", "/tmp/preview/~/a"}, {"syncEntryType", 2}, {"actionToPerform", 1}}},
             {"1", Dictionary{{"localPath", "/home/ann/b"}, {"syncEntryType", 1}, {"actionToPerform", 4}}},
         });
     }

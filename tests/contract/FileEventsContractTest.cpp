@@ -252,6 +252,14 @@ TEST_P(FileEventsContract, TheAgentsOwnFilesAndWhatIsLeftOutRaiseNothing) {
     expectToldOf(*watched, "once it is no drive any more", [&] { ground->write("folder/drive/sub/file", "6"); });
 }
 
+TEST_P(FileEventsContract, ADriveThatWasChosenByALinkIsLeftOutToo) {
+    ground->makeFolder("folder/drive/sub");
+    ground->makeLink("link", "folder/drive");
+    ground->events().leaveOut({ground->root() + "/link"});
+    const auto watched = watch("folder");
+    expectNothingOf(*watched, "a file on the drive", [&] { ground->write("folder/drive/sub/file", "1"); });
+}
+
 TEST_P(FileEventsContract, LinksAreNotFollowed) {
     ground->makeFolder("elsewhere");
     ground->makeLink("folder/link", "../elsewhere");

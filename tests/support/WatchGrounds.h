@@ -92,7 +92,11 @@ class FakeWatchGround final : public WatchGround {
     }
     void remove(const std::string& path) override { move(path, path); }
     void setMode(const std::string& path, unsigned) override { fire(path); }
-    void makeLink(const std::string& path, const std::string&) override { fire(path); }
+    void makeLink(const std::string& path, const std::string& target) override {
+        const std::string link = root() + "/" + path;
+        _events.links[link] = paths::clean(paths::join(paths::parent(link), target));
+        fire(path);
+    }
     void read(const std::string&) override {}
     void watchingBegan(const std::string& path) override { _events.completed(root() + "/" + path); }
 

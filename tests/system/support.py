@@ -11,6 +11,7 @@ import secrets
 import shutil
 import signal
 import subprocess
+import sys
 import tempfile
 import time
 import unittest
@@ -25,7 +26,8 @@ def own_mounts():
     libc = ctypes.CDLL(None, use_errno=True)
     new_namespace, recursive, private = 0x20000, 0x4000, 1 << 18  # linux/sched.h, linux/mount.h
     if libc.unshare(new_namespace) != 0 or libc.mount(b"none", b"/", None, ctypes.c_ulong(recursive | private), None) != 0:
-        raise OSError(ctypes.get_errno(), "a mount namespace of its own: " + os.strerror(ctypes.get_errno()))
+        # Where that is not allowed only those tests fail that mount something.
+        print("no mount namespace of its own: " + os.strerror(ctypes.get_errno()), file=sys.stderr)
 
 
 # An agent looks at every mount there is: tests that run side by side must not see each other's.

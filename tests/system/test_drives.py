@@ -275,7 +275,7 @@ class Arrival(SystemTest, DriveTest):
             self.assertGreaterEqual(waited[-1], 1, "it is due one second after the arrival")
             wait_until(lambda: not self.world.json("drives")[0]["busy"], "its end")
         print("from the mount to the start of the sync:", ", ".join(f"{time:.2f} s" for time in waited), flush=True)
-        self.assertLess(min(waited), 2.0)
+        self.assertLess(min(waited), 5, "no other wait lies in between")
 
     def test_drives_are_served_wherever_a_person_mounts_them(self):
         self.world.start()

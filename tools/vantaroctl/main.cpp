@@ -26,7 +26,7 @@ void endInterrupted(int) {
 
 void endWhenInterrupted() {
     struct sigaction before {};
-    // In the background of a shell it is ignored, and stays so.
+    // In the background of a shell it is ignored, and stays so until the program waits.
     if (sigaction(SIGINT, nullptr, &before) != 0 || before.sa_handler == SIG_IGN) return;
     struct sigaction action {};
     action.sa_handler = endInterrupted;

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -26,6 +27,7 @@ class FakeFileEvents final : public FileEvents {
     };
     std::vector<Made> made; // every stream in order, also those that have gone
     std::vector<std::string> leftOut;
+    std::map<std::string, std::string> links; // where a link leads, by its path
 
     [[nodiscard]] std::vector<std::string> watched() const {
         std::vector<std::string> paths;
@@ -46,7 +48,11 @@ class FakeFileEvents final : public FileEvents {
         _table->entries.push_back(entry);
         return std::make_unique<Stream>(_table, std::move(entry));
     }
-    void leaveOut(const std::vector<std::string>& folders) override { leftOut = folders; }
+    void leaveOut(const std::vector<std::string>& folders) override {
+        leftOut = folders;
+        for (const std::string& folder : folders)
+            if (const auto link = links.find(folder); link != links.end()) leftOut.push_back(link->second);
+    }
 
   private:
     struct Entry {

@@ -12,10 +12,12 @@ namespace {
 
 // The bus library stops reading while messages of more than a limit are kept, and goes on when they are let go. QtDBus
 // reads on a thread of its own and takes that sign on no other: a message let go on ours would leave the connection
-// deaf for ever. What is kept is bounded where requests stand in line.
+// deaf for ever. What stands in line for an answer is bounded there.
 void neverStopReading(const QDBusConnection& connection) {
-    if (auto* const raw = static_cast<DBusConnection*>(connection.internalPointer()))
-        dbus_connection_set_max_received_size(raw, LONG_MAX);
+    auto* const raw = static_cast<DBusConnection*>(connection.internalPointer());
+    if (raw == nullptr) return;
+    dbus_connection_set_max_received_size(raw, LONG_MAX);
+    dbus_connection_set_max_received_unix_fds(raw, LONG_MAX);
 }
 
 } // namespace

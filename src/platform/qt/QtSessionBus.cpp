@@ -86,7 +86,7 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
         if (method == nullptr)
             refuse(message, connection, QDBusError::UnknownMethod,
                    interface + latin(" has no method \"") + message.member() + latin("\""));
-        else if (_line.size() >= longestLine)
+        else if (_line.size() >= longestLine || _bytesInLine >= largestLine)
             refuse(message, connection, QDBusError::LimitsExceeded, latin("the agent has too many requests to answer"));
         else if (message.signature() != latin(method->signature))
             refuse(message, connection, QDBusError::InvalidArgs,

@@ -16,7 +16,11 @@ void WatchScope::setIgnored(std::vector<std::string> paths) {
 
 void WatchScope::setLeftOut(const std::vector<std::string>& folders) {
     _leftOut.clear();
-    for (const std::string& folder : folders) _leftOut.insert(paths::clean(folder));
+    for (const std::string& folder : folders) {
+        const std::string path = paths::clean(folder);
+        _leftOut.insert(path);
+        _leftOut.insert(placeBehindLinks(path)); // a drive may have been chosen by a link to it
+    }
     collectNames();
 }
 
