@@ -4,6 +4,7 @@
 #include "base/Text.h"
 #include "config/utilities/SystemStrings.h"
 
+#include <algorithm>
 #include <cerrno>
 
 namespace vt {
@@ -11,6 +12,7 @@ namespace vt {
 namespace {
 
 constexpr std::chrono::milliseconds adoptionPatience{10'000};
+constexpr std::chrono::milliseconds departurePatience{10'000};
 
 Error notServed(const std::string& path) {
     return {ENOENT, Disposition::skipItem, path,
@@ -38,6 +40,13 @@ std::shared_ptr<VTSyncController> DrivesService::controllerAt(const std::string&
     if (!paths::isAbsolute(path)) return nullptr;
     auto controller = _c.registry.syncControllerForMountPoint(paths::clean(path));
     return controller && controller->deviceMountPoint() == paths::clean(path) ? controller : nullptr;
+}
+
+// Also of a drive whose volume is no longer there, and whose departure is on its way.
+bool DrivesService::isRegistered(const std::string& mountPoint) const {
+    const auto& all = _c.registry.all();
+    return std::any_of(all.begin(), all.end(),
+                       [&](const auto& entry) { return entry.second->deviceMountPoint() == mountPoint; });
 }
 
 Value::Dictionary DrivesService::describe(VTSyncController& controller, const std::string& key) {
@@ -96,6 +105,7 @@ void DrivesService::adopt(const std::string& path, DriveCompletion done) {
         return;
     }
     const std::string& mountPoint = *adopted;
+    driveLeft(mountPoint); // chosen again before it had gone, it may stay
     const auto controller = controllerAt(mountPoint);
     if (controller && !_arrival.isArriving(mountPoint)) {
         done(describe(*controller, _c.registry.keyOf(controller.get()).value_or("")));
@@ -133,7 +143,27 @@ void DrivesService::forget(const std::string& path, Completion done) {
         done(notServed(path));
         return;
     }
-    done(_served.forget(paths::clean(path)));
+    const std::string mountPoint = paths::clean(path);
+    const auto forgotten = _served.forget(mountPoint);
+    if (!forgotten.ok() || !isRegistered(mountPoint)) {
+        done(forgotten);
+        return;
+    }
+    const auto place = _leaving.emplace(_leaving.end());
+    place->path = mountPoint;
+    place->done = std::move(done);
+    // It is let go all the same.
+    place->timeout = _c.services.runLoop.after(departurePatience, [this, mountPoint] { driveLeft(mountPoint); });
+}
+
+void DrivesService::driveLeft(const std::string& mountPoint) {
+    std::list<WaitingDeparture> ended;
+    for (auto waiting = _leaving.begin(); waiting != _leaving.end();) {
+        const auto next = std::next(waiting);
+        if (waiting->path == mountPoint) ended.splice(ended.end(), _leaving, waiting);
+        waiting = next;
+    }
+    for (const WaitingDeparture& departure : ended) departure.done({});
 }
 
 void DrivesService::progress(const std::string& path, DriveCompletion done) {

@@ -31,6 +31,9 @@ class DrivesService final : public BusService {
 
     // The arrival's news: completes adoptions that wait for the drive to be set up.
     void driveArrived(const std::string& mountPoint);
+    // The departure's: letting a drive go is answered once it is no longer served, so that who asks for it again next
+    // is not taken to mean the one that leaves.
+    void driveLeft(const std::string& mountPoint);
 
   private:
     struct WaitingAdoption {
@@ -38,8 +41,14 @@ class DrivesService final : public BusService {
         DriveCompletion done;
         std::unique_ptr<Timer> timeout;
     };
+    struct WaitingDeparture {
+        std::string path;
+        Completion done;
+        std::unique_ptr<Timer> timeout;
+    };
     [[nodiscard]] Value::Dictionary describe(VTSyncController& controller, const std::string& key);
     [[nodiscard]] std::shared_ptr<VTSyncController> controllerAt(const std::string& path) const;
+    [[nodiscard]] bool isRegistered(const std::string& mountPoint) const;
 
     DriveArrival::Collaborators _c;
     DriveArrival& _arrival;
@@ -48,6 +57,7 @@ class DrivesService final : public BusService {
     FilterExplainer& _explainer;
     const WaitingChanges& _waitingChanges;
     std::list<WaitingAdoption> _waiting;
+    std::list<WaitingDeparture> _leaving;
 };
 
 } // namespace vt

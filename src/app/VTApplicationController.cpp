@@ -119,7 +119,10 @@ VTApplicationController::Parts::Parts(ApplicationServices given)
     continuous.waitingMayHaveChanged = [this] { waiting.tellSoon(); };
     registry.appeared = [this](const std::string& mountPoint) { services.bus.driveAppeared(mountPoint); };
     arrival.arrived = [this](const std::string& mountPoint) { drives.driveArrived(mountPoint); };
-    registry.disappeared = [this](const std::string& mountPoint) { services.bus.driveDisappeared(mountPoint); };
+    registry.disappeared = [this](const std::string& mountPoint) {
+        services.bus.driveDisappeared(mountPoint);
+        drives.driveLeft(mountPoint);
+    };
 }
 
 VTApplicationController::VTApplicationController(ApplicationServices services)

@@ -171,6 +171,25 @@ TEST_F(ServedVolumesTest, AFolderDriveGoesAndComesWithItsFolder) {
     EXPECT_EQ(world.keys(), Keys{});
 }
 
+TEST_F(ServedVolumesTest, LettingGoIsAnsweredOnceTheDriveIsGone) {
+    world.makeFolders("/srv/backup");
+    ASSERT_EQ(world.adopt("/srv/backup"), "");
+    std::optional<std::size_t> servedAtTheAnswer;
+    world.app->drivesService().forget("/srv/backup", [&](const Result<void>& done) {
+        EXPECT_TRUE(done.ok());
+        servedAtTheAnswer = world.keys().size();
+    });
+    EXPECT_FALSE(servedAtTheAnswer);
+    world.loop.runPending();
+    EXPECT_EQ(servedAtTheAnswer, 0U);
+    // Chosen again it is served again when that is answered, and can be let go again at once.
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(world.adopt("/srv/backup"), "");
+        EXPECT_EQ(world.keys().size(), 1U);
+        EXPECT_EQ(world.ask(&DrivesService::forget, "/srv/backup"), "");
+    }
+}
+
 TEST_F(ServedVolumesTest, TheDiskOfTheHomeFolderIsNoDriveWhoeverMadeIt) {
     for (const char* place : {"/home/ada", "/home"}) {
         SCOPED_TRACE(place);
