@@ -111,7 +111,7 @@ Result<void> AdoptedDrives::remember(const AdoptedDrive& drive) {
     remove(_forgotten, drive);
     remove(_adopted, drive);
     _adopted.push_back(drive);
-    const auto saved = save();
+    auto saved = save();
     if (!saved.ok()) {
         // What will not be known at the next start is not known now, so that the next try says so too.
         _adopted = adopted;
