@@ -230,11 +230,13 @@ class Leaving(Scripted):
         values = self.values()
 
         def come_and_go():
-            with AgentClient(self.world.bus.address) as owner:
-                for _ in range(20):
-                    owner.drives("Forget", "s", str(self.drive))
-                    owner.drives("Adopt", "s", str(self.drive))
-            over.set()
+            try:
+                with AgentClient(self.world.bus.address) as owner:
+                    for _ in range(20):
+                        owner.drives("Forget", "s", str(self.drive))
+                        owner.drives("Adopt", "s", str(self.drive))
+            finally:
+                over.set()
 
         def command(number):
             with AgentClient(self.world.bus.address) as client:
