@@ -29,6 +29,17 @@ Error withPathInText(Error error) {
     return error;
 }
 
+// Those who wait for this drive, out of the list before any is answered: an answer may ask again.
+template <typename Waiting> std::list<Waiting> takeThoseOf(const std::string& mountPoint, std::list<Waiting>& all) {
+    std::list<Waiting> taken;
+    for (auto waiting = all.begin(); waiting != all.end();) {
+        const auto next = std::next(waiting);
+        if (waiting->path == mountPoint) taken.splice(taken.end(), all, waiting);
+        waiting = next;
+    }
+    return taken;
+}
+
 } // namespace
 
 DrivesService::DrivesService(DriveArrival::Collaborators collaborators, DriveArrival& arrival, ServedVolumes& served,
@@ -124,13 +135,7 @@ void DrivesService::adopt(const std::string& path, DriveCompletion done) {
 }
 
 void DrivesService::driveArrived(const std::string& mountPoint) {
-    std::list<WaitingAdoption> ended;
-    for (auto waiting = _waiting.begin(); waiting != _waiting.end();) {
-        const auto next = std::next(waiting);
-        if (waiting->path == mountPoint) ended.splice(ended.end(), _waiting, waiting);
-        waiting = next;
-    }
-    for (const WaitingAdoption& adoption : ended) {
+    for (const WaitingAdoption& adoption : takeThoseOf(mountPoint, _waiting)) {
         if (const auto controller = controllerAt(mountPoint))
             adoption.done(describe(*controller, _c.registry.keyOf(controller.get()).value_or("")));
         else
@@ -157,13 +162,7 @@ void DrivesService::forget(const std::string& path, Completion done) {
 }
 
 void DrivesService::driveLeft(const std::string& mountPoint) {
-    std::list<WaitingDeparture> ended;
-    for (auto waiting = _leaving.begin(); waiting != _leaving.end();) {
-        const auto next = std::next(waiting);
-        if (waiting->path == mountPoint) ended.splice(ended.end(), _leaving, waiting);
-        waiting = next;
-    }
-    for (const WaitingDeparture& departure : ended) departure.done({});
+    for (const WaitingDeparture& departure : takeThoseOf(mountPoint, _leaving)) departure.done({});
 }
 
 void DrivesService::progress(const std::string& path, DriveCompletion done) {
