@@ -237,8 +237,7 @@ void SyncPass::settle() {
     const bool committed = _committed && !_services.drive.isGone();
     _services.owed.settle(_scanResults, _tally, walked, committed);
     _services.copied.settle(committed, walked && !_bDoingContinuousSync);
-    if (walked && committed && _tally.failedOrSkipped == _tally.refusedNames)
-        _services.tools.journal().settle(_finalPaths, _tally.stillInDoubt, _tally.notLookedInto);
+    if (walked && committed) _services.tools.journal().settle(_finalPaths, _tally.stillInDoubt, _tally.notLookedInto);
 }
 
 void SyncPass::syncThreadCleanupAfterSync() {

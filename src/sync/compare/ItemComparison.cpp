@@ -80,6 +80,7 @@ bool ItemComparison::syncThreadSyncItem(const std::string& itemPath, Index local
         const auto drive = lookOnDrive(item.drive, usable);
         if (!usable) {
             _services.tally.fail(item.local, OwedReason::failed);
+            noteNotLookedInto(item.drive);
             result = !_driveGone; // otherwise the next item may be readable
         } else {
             const Answer answer = compare(item, local, drive ? &*drive : nullptr);

@@ -20,14 +20,14 @@ ItemComparison::Frame ItemComparison::frameFor(const Item& folder, Index local) 
                 _services.snapshot.firstChild(local),
                 _services.snapshot.firstChild(local) + _services.snapshot.childCount(local)};
     if (childDrive != folder.drive) frame.children.emplace(_services.files, childDrive, _rule);
-    if (_services.snapshot.unlistable(local)) {
-        _services.log.logLine("Unable to list \"%@\".", paths::displayText(folder.local));
+    const bool unlistable = _services.snapshot.unlistable(local);
+    if (unlistable || !frame.own.listed()) {
+        _services.log.logLine("Unable to list \"%@\".", paths::displayText(unlistable ? folder.local : folder.drive));
         _services.tally.fail(folder.local, OwedReason::failed);
-    } else if (!frame.own.listed()) {
+        noteNotLookedInto(folder.drive);
+        noteNotLookedInto(childDrive);
         // What the drive does not show cannot be compared: every file would look new.
-        _services.log.logLine("Unable to list \"%@\".", paths::displayText(folder.drive));
-        _services.tally.fail(folder.local, OwedReason::failed);
-        frame.end = frame.next;
+        if (!unlistable) frame.end = frame.next;
     }
     return frame;
 }
@@ -82,7 +82,10 @@ ItemComparison::Answer ItemComparison::nextChild(Frame& frame, Item& childItem) 
         const auto drive = lookOnDrive(childItem.drive, usable);
         answer =
             usable ? compare(childItem, child, drive ? &*drive : nullptr) : (_driveGone ? Answer::no : Answer::yes);
-        if (!usable) _services.tally.fail(childItem.local, OwedReason::failed);
+        if (!usable) {
+            _services.tally.fail(childItem.local, OwedReason::failed);
+            noteNotLookedInto(childItem.drive);
+        }
     }
     if (answer != Answer::descend) closingLines(childItem, answer == Answer::yes);
     return answer;

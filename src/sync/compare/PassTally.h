@@ -19,7 +19,6 @@ struct PassTally {
     // Places on the drive below which nothing was compared, without trailing slashes.
     std::set<std::string> notLookedInto;
     std::uint64_t failedOrSkipped = 0;
-    std::uint64_t refusedNames = 0; // of these, what the drive cannot hold at all: no later pass can do better
     std::uint64_t filteredCount = 0;
     std::uint64_t filteredBytes = 0;
     std::uint64_t driveOnly = 0;
@@ -28,10 +27,7 @@ struct PassTally {
         if (leftOut.insert_or_assign(path, reason).second) ++failedOrSkipped;
     }
     void didNotLookInto(const std::string& place) { notLookedInto.insert(paths::join(place, "")); }
-    void refuseName() {
-        ++refusedNames;
-        ++failedOrSkipped;
-    }
+    void refuseName() { ++failedOrSkipped; } // what the drive cannot hold at all: no later pass can do better
     void filter(std::uint64_t bytes) {
         ++filteredCount;
         filteredBytes += bytes;

@@ -8,6 +8,25 @@
 
 namespace vt {
 
+namespace {
+
+// Where a copy failed, the drive has what it had: no more than that stays in doubt. A package that stands on both sides
+// is only ever copied as a whole.
+void keepFailuresInDoubt(PassTally& tally, const ScanEntry& entry) {
+    const bool onBothSides = entry.pushkeyFileModDate.has_value();
+    if (tally.leftOut.contains(entry.computerPath)) tally.didNotLookInto(entry.drivePath);
+    const std::string below = entry.computerPath + "/";
+    for (auto path = tally.leftOut.lower_bound(below); path != tally.leftOut.end() && path->first.starts_with(below);
+         ++path)
+        tally.didNotLookInto(onBothSides ? entry.drivePath
+                                         : entry.drivePath + path->first.substr(entry.computerPath.size()));
+    // Known as it was, by its name or by the time since when, so that it is replaced or set aside as it would have
+    // been.
+    if (tally.notLookedInto.contains(entry.drivePath)) tally.stillInDoubt.erase(entry.drivePath);
+}
+
+} // namespace
+
 // In the order of the decisions, but what failed before goes first: the answer of the pass is that of its last step,
 // and a path that fails every time must not hold up all others for ever.
 std::vector<ScanResults::Index> ScanResultsProcessor::inOrder(const ScanResults& results) const {
@@ -77,6 +96,7 @@ void ScanResultsProcessor::copyToDrive(const ScanEntry& entry, bool& result) {
     // What a cancel has cut short is owed with all that was not reached.
     if (!result && _services.tally.leftOut.size() == failedBefore && !_services.cancel.pending())
         _services.tally.fail(entry.localPath, OwedReason::failed);
+    if (!_services.tally.leftOut.empty()) keepFailuresInDoubt(_services.tally, entry);
     // A second copy that is no more complete than the first would only fill the archive with copies of itself.
     if (result && completesPackage(entry) && _services.tally.leftOut.contains(entry.localPath))
         _services.files.remove(entry.pushkeyPath, {}).ignore();
