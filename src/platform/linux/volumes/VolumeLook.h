@@ -3,6 +3,7 @@
 #pragma once
 
 #include "base/Result.h"
+#include "platform/linux/volumes/CurrentMounts.h"
 #include "platform/linux/volumes/MountTable.h"
 
 #include <cstdint>
@@ -20,6 +21,6 @@ struct VolumeLook {
     bool foldsCase = false; // a folder whose names differ in more than case
 };
 
-[[nodiscard]] Result<VolumeLook> lookAtVolume(const std::string& path);
+[[nodiscard]] Result<VolumeLook> lookAtVolume(const std::string& path, CurrentMounts& mounts);
 
 } // namespace vt
