@@ -28,16 +28,19 @@ class WatchBackend {
     virtual void leaveOut(const std::vector<std::string>& folders) = 0;
 };
 
-// Takes work to the main thread while there is somebody who wants it. Thread: any; close() on the main thread.
-class MainThreadMailbox {
+// Takes work to the main thread while there is somebody who wants it: what still waits when it closes is dropped too.
+// Thread: any; close() on the main thread.
+class MainThreadMailbox : public std::enable_shared_from_this<MainThreadMailbox> {
   public:
     explicit MainThreadMailbox(RunLoop& runLoop) : _runLoop(&runLoop) {}
     void post(std::function<void()> work);
     void close();
 
   private:
+    [[nodiscard]] bool isOpen();
+
     std::mutex _mutex;
-    RunLoop* _runLoop;
+    RunLoop* _runLoop; // null once it is closed
 };
 
 } // namespace vt
