@@ -66,6 +66,8 @@ std::vector<std::string> VTSyncController::shadowedSyncList() {
         const std::scoped_lock lock(_parts->fieldsMutex);
         if (_parts->shadowedSyncList && !_parts->shadowedSyncList->empty()) return *_parts->shadowedSyncList;
     }
+    // A list that was emptied is not to be filled with what the file still holds.
+    if (_parts->tasks.holdsListUpdate()) return {};
     auto stored = _parts->configuration->syncItemList().value_or(std::vector<std::string>());
     const std::scoped_lock lock(_parts->fieldsMutex);
     _parts->shadowedSyncList = stored;

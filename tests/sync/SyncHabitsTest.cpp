@@ -55,6 +55,16 @@ TEST(SyncHabits, theShadowedListIsFilledFromTheFileAndReplacedAtOnce) {
     EXPECT_EQ(world.controller->deviceConfiguration().syncItemList(), (std::vector<std::string>{"~/Pictures"}));
 }
 
+TEST(SyncHabits, anEmptiedListStaysEmptyForWhoeverAsksBeforeItIsTheDrives) {
+    SyncWorld world;
+    EXPECT_EQ(world.controller->shadowedSyncList(), (std::vector<std::string>{"~/Music"}));
+    world.controller->updateSyncList({});
+    EXPECT_EQ(world.controller->shadowedSyncList(), std::vector<std::string>());
+    world.run();
+    EXPECT_EQ(world.controller->shadowedSyncList(), std::vector<std::string>());
+    EXPECT_EQ(world.controller->deviceConfiguration().syncItemList(), std::vector<std::string>());
+}
+
 TEST(SyncHabits, anAlertIsInTheLogBeforeAnybodySeesIt) {
     SyncWorld world;
     world.computer({folder("Music/a")});

@@ -41,6 +41,12 @@ bool TaskQueue::holdsSync() const {
     });
 }
 
+bool TaskQueue::holdsListUpdate() const {
+    const std::scoped_lock lock(_taskLock);
+    return std::any_of(_taskList.begin(), _taskList.end(),
+                       [](const TaskRecord& task) { return task.operation == operations::updateSyncList; });
+}
+
 Value::Array TaskQueue::tasks() const {
     const std::scoped_lock lock(_taskLock);
     Value::Array array;

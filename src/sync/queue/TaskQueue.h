@@ -22,6 +22,8 @@ class TaskQueue {
     [[nodiscard]] bool busy() const;
     // A "sync" or "continuous-sync" is queued or running; no other operation counts, although some lead to a sync.
     [[nodiscard]] bool holdsSync() const;
+    // A new sync list is not the drive's yet.
+    [[nodiscard]] bool holdsListUpdate() const;
     [[nodiscard]] Value::Array tasks() const;
 
     // A sync that will be queued a moment later keeps a pending cancel alive until then.
