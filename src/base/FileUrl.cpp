@@ -1,5 +1,7 @@
 #include "base/FileUrl.h"
 
+#include "base/Paths.h"
+
 namespace vt {
 
 namespace {
@@ -66,6 +68,8 @@ std::optional<std::string> fileUrlOfPath(std::string_view path) {
 }
 
 std::optional<std::string> pathOfFileUrl(std::string_view url) {
+    // A name that is not UTF-8 comes escaped.
+    if (!paths::isValidUtf8(url)) return std::nullopt;
     constexpr std::string_view scheme = "file:";
     if (url.size() <= scheme.size() || !equalsIgnoringCase(url.substr(0, scheme.size()), scheme)) return std::nullopt;
     std::string_view rest = url.substr(scheme.size());

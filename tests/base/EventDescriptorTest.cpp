@@ -48,6 +48,9 @@ TEST(FileUrl, WhatIsReadAsAPathAndWhatIsNot) {
         {"/a", std::nullopt},
         {"", std::nullopt},
         {"file:///a/../b", "/a/../b"},
+        {"file:///\xC3\xA4", "/\xC3\xA4"},
+        {"file:///%FF", "/\xFF"},
+        {"file:///\xFF", std::nullopt},
     };
     for (const Row& row : rows) EXPECT_EQ(pathOfFileUrl(row.url), row.path) << row.url;
 }
