@@ -71,6 +71,7 @@ TEST_F(Program, WrongUsageIsTwoAndSaysHowItIsUsed) {
     const Row rows[] = {
         {{}, "which command? \"vantaroctl --help\" shows them"},
         {{"frobnicate"}, "unknown command \"frobnicate\"; \"vantaroctl --help\" shows them"},
+        {{"\x1B[2J\n"}, "unknown command \"?[2J?\"; \"vantaroctl --help\" shows them"},
         {{"list"}, "usage: vantaroctl list DRIVE [--json]"},
         {{"list", "a", "b"}, "usage: vantaroctl list DRIVE [--json]"},
         {{"add", "a"}, "usage: vantaroctl add DRIVE PATH... [--timeout SECONDS]"},

@@ -2,6 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <string>
+#include <unistd.h>
+
 namespace ctl {
 namespace {
 
@@ -44,6 +51,30 @@ TEST(Terminal, WhatOthersMadeUpCannotSteerATerminal) {
     EXPECT_EQ(shown(QString("a\x1B[2Jb\n\x07\u009B"
                             "c\u00E4")),
               QString("a?[2Jb???c\u00E4"));
+}
+
+// What printNames() sends to a terminal.
+std::string onTerminal(const QString& text) {
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    EXPECT_EQ(grantpt(terminal), 0);
+    EXPECT_EQ(unlockpt(terminal), 0);
+    const int end = open(ptsname(terminal), O_RDWR | O_NOCTTY);
+    std::fflush(stdout);
+    const int before = dup(STDOUT_FILENO);
+    dup2(end, STDOUT_FILENO);
+    printNames(text);
+    dup2(before, STDOUT_FILENO);
+    char bytes[100];
+    const ssize_t count = read(terminal, bytes, sizeof bytes);
+    for (const int descriptor : {before, end, terminal}) close(descriptor);
+    return {bytes, static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+}
+
+TEST(Terminal, ANameIsItselfEverywhereButOnATerminal) {
+    EXPECT_EQ(onTerminal("a\x1B[2J\nb"), "a?[2J?b\r\n");
+    testing::internal::CaptureStdout();
+    printNames("a\x1B[2J\nb");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "a\x1B[2J\nb\n");
 }
 
 QJsonObject progress(int activity, double size, double copied, const QString& source = {}) {

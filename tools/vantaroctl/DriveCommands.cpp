@@ -17,7 +17,7 @@ QString onOff(const QJsonValue& value) {
 }
 
 void printDrive(const QJsonObject& drive) {
-    printLine(QString("%1  %2").arg(drive["mountPoint"].toString(), drive["name"].toString()));
+    printNames(QString("%1  %2").arg(drive["mountPoint"].toString(), drive["name"].toString()));
     printLine(QString("  %1, %2 free of %3")
                   .arg(drive["fileSystem"].toString(), humanSize(drive["freeBytes"].toDouble()),
                        humanSize(drive["totalBytes"].toDouble())));
@@ -26,7 +26,7 @@ void printDrive(const QJsonObject& drive) {
                   .arg(drive["deviceFilter"].toInt()));
     const QJsonArray list = drive["syncList"].toArray();
     if (list.isEmpty()) printLine("  nothing on its sync list");
-    for (const QJsonValue& item : list) printLine("  keeps " + item.toString());
+    for (const QJsonValue& item : list) printNames("  keeps " + item.toString());
 }
 
 } // namespace

@@ -89,7 +89,7 @@ int showList(const CommandLine& line) {
         printJson(array);
         return done;
     }
-    for (const QByteArray& path : list) printLine(QString::fromUtf8(path));
+    for (const QByteArray& path : list) printNames(QString::fromUtf8(path));
     return done;
 }
 

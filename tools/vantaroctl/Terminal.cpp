@@ -41,8 +41,12 @@ void printLine(const QString& text) {
     std::fflush(stdout);
 }
 
+void printNames(const QString& text) {
+    printLine(standardOutputIsTerminal() ? shown(text) : text);
+}
+
 void printError(const QString& text) {
-    std::fprintf(stderr, "vantaroctl: %s\n", text.toUtf8().constData());
+    std::fprintf(stderr, "vantaroctl: %s\n", shown(text).toUtf8().constData());
 }
 
 void printJson(const QJsonValue& value) {
@@ -130,9 +134,8 @@ QStringList tableLines(const QStringList& heading, const QList<QStringList>& row
 }
 
 void printTable(const QStringList& heading, const QList<QStringList>& rows) {
-    const bool isTerminal = standardOutputIsTerminal();
-    for (const QString& line : tableLines(heading, rows, isTerminal ? terminalWidth() : 0))
-        printLine(isTerminal ? shown(line) : line);
+    for (const QString& line : tableLines(heading, rows, standardOutputIsTerminal() ? terminalWidth() : 0))
+        printNames(line);
 }
 
 QString activityText(const QJsonObject& progress) {

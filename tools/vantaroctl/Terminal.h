@@ -16,7 +16,8 @@ namespace ctl {
 [[nodiscard]] QString humanSize(double bytes); // "1.5 GB", in steps of 1000
 
 void printLine(const QString& text);     // standard output
-void printError(const QString& text);    // standard error
+void printNames(const QString& text);    // the same for what others named: on a terminal as shown() makes it
+void printError(const QString& text);    // standard error, one line, as shown() makes it
 void printJson(const QJsonValue& value); // one line on standard output
 // What a terminal may be shown of a text that others made up: control characters become "?".
 [[nodiscard]] QString shown(const QString& text);
