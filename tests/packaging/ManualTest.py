@@ -30,6 +30,11 @@ class ManualTest(unittest.TestCase):
                 if option != "--help":
                     self.assertIn("Fl " + option[1:], heading.group(0), f"{command} {option}")
 
+    def test_the_words_of_a_quoted_text_are_no_macros(self):
+        run = subprocess.run(["groff", "-mdoc", "-Tascii", str(ROOT / "packaging/vantaroctl.1")],
+                             capture_output=True, text=True, check=True)
+        self.assertIn('"Sync In Progress"', re.sub(r"\x1b\[\d*m|.\x08", "", run.stdout))
+
     def test_every_setting_and_class_is_named(self):
         page = (ROOT / "packaging/vantaroctl.1").read_text()
         for word in words("settings") + words("classes"):
