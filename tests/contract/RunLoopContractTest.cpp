@@ -127,7 +127,7 @@ TYPED_TEST(RunLoopContract, ServingGoesOnDuringShutdown) {
         start = true; // asked inside serveUntil(): from here on work is taken
         return finished.load();
     };
-    EXPECT_TRUE(this->loop.serveUntil(done, std::chrono::seconds(10)));
+    EXPECT_TRUE(this->loop.serveUntil(done, std::chrono::seconds(120)));
     worker.join();
     EXPECT_TRUE(served);
     EXPECT_EQ(this->told, std::vector<std::string>{"last words"});
@@ -136,14 +136,21 @@ TYPED_TEST(RunLoopContract, ServingGoesOnDuringShutdown) {
 TYPED_TEST(RunLoopContract, ServingEndsInTimeAndLeavesTimersAlone) {
     const auto timer = this->loop.after(milliseconds(0), this->tell("timer"));
     this->loop.performLater(this->tell("work"));
+    EXPECT_TRUE(this->loop.serveUntil([&] { return !this->told.empty(); }, std::chrono::seconds(120)));
     EXPECT_FALSE(this->loop.serveUntil([] { return false; }, milliseconds(20)));
     EXPECT_EQ(this->told, std::vector<std::string>{"work"});
     EXPECT_TRUE(this->ground.passUntil([&] { return this->told.size() == 2; }));
 }
 
 TYPED_TEST(RunLoopContract, TimersRunWhenDueAndOnce) {
-    const auto late = this->loop.after(milliseconds(60), this->tell("late"));
-    const auto soon = this->loop.after(milliseconds(5), this->tell("soon"));
+    std::unique_ptr<Timer> late;
+    std::unique_ptr<Timer> soon;
+    std::chrono::steady_clock::time_point began;
+    do { // again where this thread was held up between the two: what was made second could then be due second
+        began = std::chrono::steady_clock::now();
+        late = this->loop.after(milliseconds(200), this->tell("late"));
+        soon = this->loop.after(milliseconds(5), this->tell("soon"));
+    } while (std::chrono::steady_clock::now() - began > milliseconds(150));
     EXPECT_TRUE(this->ground.passUntil([&] { return this->told.size() == 2; }));
     EXPECT_EQ(this->told, (std::vector<std::string>{"soon", "late"}));
 }
@@ -163,7 +170,8 @@ TYPED_TEST(RunLoopContract, ARepeatingTimerMayEndItself) {
         this->told.push_back("tick");
         if (this->told.size() == 3) timer.reset();
     });
-    const auto witness = this->loop.after(milliseconds(100), [&] { witnessed = true; });
+    EXPECT_TRUE(this->ground.passUntil([&] { return this->told.size() == 3; }));
+    const auto witness = this->loop.after(milliseconds(20), [&] { witnessed = true; });
     EXPECT_TRUE(this->ground.passUntil([&] { return witnessed; }));
     EXPECT_EQ(this->told.size(), 3U);
 }

@@ -41,7 +41,7 @@ class BusGround {
             QDBusMessage::createMethodCall(QString::fromLatin1(qtbus::busName), QString::fromLatin1(qtbus::objectPath),
                                            QString::fromLatin1(interface), QString::fromLatin1(member));
         message.setArguments(arguments);
-        QDBusPendingCall pending = from.asyncCall(message);
+        QDBusPendingCall pending = from.asyncCall(message, 120'000); // the usual 25 s are short on a busy computer
         qtRunUntil([&] { return pending.isFinished(); });
         return pending.reply();
     }

@@ -19,10 +19,10 @@ inline QCoreApplication& qtApplication() {
     return application;
 }
 
-// Runs Qt's event loop until `done` answers true; false after ten seconds.
+// Runs Qt's event loop until `done` answers true; false after two minutes, which no working program needs.
 inline bool qtRunUntil(const std::function<bool()>& done) {
     qtApplication();
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(120);
     QTimer tick; // `done` may turn true without an event
     tick.start(std::chrono::milliseconds(5));
     while (!done()) {
