@@ -132,7 +132,11 @@ TEST(OldConfiguration, RemovalErrorsAreIgnored) {
     EXPECT_TRUE(world.open()->convertOldSync());
 }
 
-class HostileUuid : public testing::TestWithParam<std::string> {};
+struct UuidRow {
+    const char* name;
+    const char* uuid;
+};
+class HostileUuid : public testing::TestWithParam<UuidRow> {};
 TEST_P(HostileUuid, RemovesNothing) {
     ConfigurationWorld world;
     world.keepAside = false; // nor its line
@@ -140,7 +144,7 @@ TEST_P(HostileUuid, RemovesNothing) {
     world.put("/home/ada/.Z_VT_W/other/file", "x");
     world.put("/media/stick/Vantaro/.Z_VT_W/other/file", "x");
     auto root = oldRoot;
-    root["pushkey-uuid"] = GetParam();
+    root["pushkey-uuid"] = GetParam().uuid;
     world.putRoot(root);
     EXPECT_TRUE(world.open()->convertOldSync());
     EXPECT_TRUE(world.exists("/home/ada/precious"));
@@ -148,8 +152,12 @@ TEST_P(HostileUuid, RemovesNothing) {
     EXPECT_TRUE(world.exists("/media/stick/Vantaro/.Z_VT_W/other/file"));
     EXPECT_TRUE(world.log.lines().empty());
 }
-INSTANTIATE_TEST_SUITE_P(Names, HostileUuid,
-                         testing::Values("", ".", "..", "../..", "other/file", "/home/ada", "a/..", "..x"));
+INSTANTIATE_TEST_SUITE_P(Rows, HostileUuid,
+                         testing::Values(UuidRow{"empty", ""}, UuidRow{"itself", "."}, UuidRow{"above", ".."},
+                                         UuidRow{"twoAbove", "../.."}, UuidRow{"below", "other/file"},
+                                         UuidRow{"absolute", "/home/ada"}, UuidRow{"backAgain", "a/.."},
+                                         UuidRow{"dotsBefore", "..x"}),
+                         [](const auto& row) { return row.param.name; });
 
 TEST(OldConfiguration, ALinkOnTheDriveDoesNotLeadTheRemovalElsewhere) {
     ConfigurationWorld world;

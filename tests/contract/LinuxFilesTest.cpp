@@ -42,7 +42,8 @@ class LinksOutOfADrive : public testing::TestWithParam<PathLocator::Resolver> {
 };
 
 INSTANTIATE_TEST_SUITE_P(Resolvers, LinksOutOfADrive,
-                         testing::Values(PathLocator::Resolver::best, PathLocator::Resolver::walk));
+                         testing::Values(PathLocator::Resolver::best, PathLocator::Resolver::walk),
+                         [](const auto& way) { return way.param == PathLocator::Resolver::best ? "best" : "walk"; });
 
 TEST_P(LinksOutOfADrive, noOperationFollowsThem) {
     for (const std::string name : {"out", "absolute"}) {
