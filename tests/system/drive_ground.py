@@ -8,7 +8,7 @@ import struct
 import subprocess
 from pathlib import Path
 
-from support import wait_until
+from support import PATIENCE, wait_until
 
 _libc = ctypes.CDLL(None, use_errno=True)
 
@@ -31,7 +31,7 @@ class Gate:
         self.file = _checked(_libc.fanotify_init(_CLASS_CONTENT | _CLOEXEC, os.O_RDONLY))
         _checked(_libc.fanotify_mark(self.file, _MARK_ADD, ctypes.c_uint64(_OPEN_PERM), -100, os.fsencode(path)))
 
-    def wait(self, patience=60):
+    def wait(self, patience=PATIENCE):
         """Returns when somebody stands at the gate."""
         if not select.select([self.file], [], [], patience)[0]:
             raise AssertionError("nobody opened the file behind the gate")

@@ -5,7 +5,7 @@ import shutil
 import signal
 import unittest
 
-from support import SystemTest, World, copies_folder, wait_until, write
+from support import PATIENCE, SystemTest, World, copies_folder, wait_until, write
 
 
 class Rough(SystemTest):
@@ -29,7 +29,7 @@ class Rough(SystemTest):
             except OSError:
                 return False
 
-        wait_until(there, f"{path} on the drive", 120)
+        wait_until(there, f"{path} on the drive", 2 * PATIENCE)
 
     def test_a_folder_made_and_removed_over_and_over_is_still_followed(self):
         self.begin()

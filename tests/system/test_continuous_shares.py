@@ -84,7 +84,7 @@ class Shares(SystemTest):
         self.arrives(self.on_drive("cat.txt"), b"another cat")
         self.assertEqual(len(self.world.json("drives")), 1)
         # The watched folders are asked for anew: the share among them.
-        self.world.ctl("set", self.drive, "movies", "on", timeout=20)
+        self.world.ctl("set", self.drive, "movies", "on")
         write(self.home / "Pictures/dog.txt", b"dog")
         self.arrives(copies_folder(self.drive) / "Pictures/dog.txt", b"dog")
 

@@ -13,7 +13,7 @@ import time
 import unittest
 from pathlib import Path
 
-from support import LoopImage, SystemTest, World, copies_folder, let_pass, wait_until
+from support import PATIENCE, LoopImage, SystemTest, World, copies_folder, let_pass, wait_until
 
 SECONDS = float(os.environ.get("VANTARO_STORY_SECONDS", "15"))
 SEED = int(os.environ.get("VANTARO_STORY_SEED", time.time_ns() % 1_000_000))
@@ -80,7 +80,7 @@ class LivingHome(SystemTest):
     def is_over(self, begun):
         """The sync of the last change has ended, or none was due; asked from one quiet period after `begun`."""
         deadline = begun + QUIET + SLACK
-        wait_until(lambda: time.monotonic() > deadline and not self.busy(), "the last sync", 120)
+        wait_until(lambda: time.monotonic() > deadline and not self.busy(), "the last sync", 2 * PATIENCE)
 
     def is_equal(self):
         if self.busy():
@@ -96,7 +96,7 @@ class LivingHome(SystemTest):
         """Nothing is edited any more. A busy computer may be late in telling of the last edit; a lost one never comes."""
         begun = time.monotonic()
         try:
-            wait_until(self.is_equal, "the last edit", 30)
+            wait_until(self.is_equal, "the last edit", PATIENCE)
         except AssertionError:
             pass  # what differs is told below
         print(f"equal {time.monotonic() - begun:.1f} s after its time", file=sys.stderr)

@@ -7,7 +7,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from support import LoopImage, SystemTest, World, copies_folder, facts, identities, wait_until, write
+from support import PATIENCE, LoopImage, SystemTest, World, copies_folder, facts, identities, wait_until, write
 
 SECOND = 1_000_000_000
 
@@ -186,7 +186,7 @@ class MainRoad(SystemTest):
                                  env=self.world.env, stdout=subprocess.PIPE, text=True)
         self.world.adopt(self.drive)
         watch.terminate()
-        lines, _ = watch.communicate(timeout=30)
+        lines, _ = watch.communicate(timeout=PATIENCE)
         self.assertEqual(watch.returncode, 130)
         import json
         types = [json.loads(line)["syncActivityType"] for line in lines.splitlines()]
@@ -224,7 +224,8 @@ class MainRoad(SystemTest):
 
     def test_a_second_agent_leaves_the_first_alone(self):
         self.world.start()
-        second = subprocess.run([str(self.bin() / "vantaro")], env=self.world.env, capture_output=True, text=True, timeout=60)
+        second = subprocess.run([str(self.bin() / "vantaro")], env=self.world.env, capture_output=True, text=True,
+                                timeout=PATIENCE)
         self.assertEqual(second.returncode, 0)
         self.assertIn("already running", second.stdout)
         self.assertEqual(self.world.json("drives"), [])
@@ -232,7 +233,7 @@ class MainRoad(SystemTest):
     def test_quit_ends_the_agent(self):
         self.world.start()
         self.world.ctl("quit")
-        self.assertEqual(self.world.agent.wait(timeout=30), 0)
+        self.assertEqual(self.world.agent.wait(timeout=PATIENCE), 0)
         self.assertEqual(self.world.ctl("drives", check=False).returncode, 3)
 
 

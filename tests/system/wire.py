@@ -8,6 +8,8 @@ import re
 import socket
 import struct
 
+from support import PATIENCE
+
 CALL, RETURN, ERROR, SIGNAL = 1, 2, 3, 4
 NO_REPLY_EXPECTED = 1
 ALIGNMENT = dict(y=1, b=4, n=2, q=2, i=4, u=4, x=8, t=8, d=8, s=4, o=4, g=1, a=4, v=1) | {"(": 8, "{": 8}
@@ -112,7 +114,7 @@ class Reader:
 
 
 class Wire:
-    def __init__(self, address, timeout=60):
+    def __init__(self, address, timeout=PATIENCE):
         path = re.search(r"unix:path=([^,;]+)", address).group(1)
         self.socket = socket.socket(socket.AF_UNIX)
         self.socket.settimeout(timeout)
