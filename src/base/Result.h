@@ -18,7 +18,7 @@ enum class Disposition : std::uint8_t {
     fatal,     // the whole task has failed
 };
 
-struct Error {
+struct Error {    // NOLINT(clang-analyzer-core.uninitialized.Assign): it cannot follow what a variant holds
     int code = 0; // errno
     Disposition disposition = Disposition::skipItem;
     std::string path; // raw bytes, the item in error; may be empty
