@@ -68,6 +68,7 @@ std::optional<std::string> LogFile::read() {
 
 bool LogFile::write(const std::string& path, std::string_view text) {
     const std::string target = followedOnce(path);
+    if (leadsToNoFile(path, target)) return false;
     if (path == _path && canContinue(target, text)) {
         const auto rest = text.substr(static_cast<std::size_t>(_written->size));
         if (rest.empty()) return true;
@@ -79,6 +80,12 @@ bool LogFile::write(const std::string& path, std::string_view text) {
     if (!_contents.writeAtomically(target, text, logMode)) return false;
     if (path == _path) remember(target, text);
     return true;
+}
+
+bool LogFile::leadsToNoFile(const std::string& path, const std::string& target) {
+    if (target == path) return false;
+    const auto item = _files.attributes(target);
+    return item && item->kind == FileKind::other;
 }
 
 bool LogFile::canContinue(const std::string& path, std::string_view text) {
