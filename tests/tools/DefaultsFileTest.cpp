@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace ctl {
 namespace {
@@ -52,6 +53,14 @@ TEST_F(Defaults, NumbersAndWordsByHandAreUnderstood) {
     EXPECT_TRUE(defaults.boolean("a"));
     EXPECT_TRUE(defaults.boolean("b"));
     EXPECT_FALSE(defaults.boolean("c"));
+}
+
+TEST_F(Defaults, WhatIsNoFileIsNeitherWaitedForNorReplaced) {
+    QDir().mkpath(QFileInfo(path).path());
+    ASSERT_EQ(mkfifo(path.toUtf8().constData(), 0600), 0);
+    EXPECT_THROW((void)defaults.boolean("debug"), Failure);
+    EXPECT_THROW(defaults.setBoolean("debug", true), Failure);
+    EXPECT_FALSE(QFileInfo(path).isFile());
 }
 
 TEST_F(Defaults, ABrokenFileIsNamedAndLeftAsItIs) {

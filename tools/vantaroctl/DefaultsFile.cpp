@@ -29,6 +29,8 @@ Failure broken(const QString& path, const QString& why) {
 Plist readDictionary(const QString& path) {
     QFile file(path);
     if (!file.exists()) return {plist_new_dict(), plist_free};
+    // A pipe would be waited for.
+    if (!QFileInfo(path).isFile()) throw broken(path, "it is no file");
     if (!file.open(QIODevice::ReadOnly)) throw broken(path, file.errorString());
     const QByteArray bytes = file.read(largestFile + 1);
     if (bytes.size() > largestFile) throw broken(path, "the file is too large");
