@@ -214,6 +214,7 @@ std::optional<SeenOnDrive> SyncPass::seenOnDrive(const std::string& path) const 
     if (!entry || entry->actionToPerform != action::toDrive || !entry->pushkeyFileModDate) return std::nullopt;
     SeenOnDrive seen;
     seen.changedOnBothSides = entry->syncEntryType == entrytype::changedOnBothSides;
+    seen.compared = entry->pushkeyFileModDate;
     if (!entry->package) {
         seen.modified = entry->pushkeyFileModDate;
         if (entry->pushkeyFileSize) seen.size = static_cast<std::uint64_t>(*entry->pushkeyFileSize);

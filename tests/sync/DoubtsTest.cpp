@@ -99,6 +99,85 @@ TEST(Doubts, oneThatIsLaterThanWhatTheComputerHasNowIsSetAsideFirst) {
     EXPECT_EQ(world.read(std::string(archive) + "/2013-05-21/ada_Workbench/Music/a.mp3"), "whole content");
 }
 
+// A sync of an edit that was cut after the copy, before anything on the drive was replaced.
+struct CutWorld : SyncWorld {
+    CutWorld() {
+        computer({file(name, "first", at(-10))});
+        sync();
+        EXPECT_EQ(read(copy), "first");
+        edit("second", 5);
+    }
+    void edit(const std::string& content, int minutes) {
+        clock.setNow(at(minutes));
+        write(std::string(home) + "/" + name, content, at(minutes));
+        clock.setNow(at(minutes + 5));
+    }
+    void cut() {
+        disk.faults().fail("flushVolume", drive, ENODEV);
+        disk.faults().before("flushVolume", drive,
+                             [this](const std::string&) { controller->setCancelPending(true, false); });
+        sync();
+        disk.faults().clear();
+        restartAgent(*this);
+    }
+    void expectReplaced(const std::string& content) {
+        sync();
+        EXPECT_TRUE(succeeded());
+        EXPECT_EQ(read(copy), content);
+    }
+    static constexpr const char* name = "Music/album/a.mp3";
+    const std::string copy = paths::join(copies, name);
+    const std::string kept = std::string(archive) + "/2013-05-21/ada_Workbench/" + name;
+};
+
+TEST(CutBeforeTheCommit, theOlderCopyIsReplacedWithoutBeingSetAside) {
+    CutWorld world;
+    for (int cuts = 0; cuts < 2; ++cuts) {
+        world.cut();
+        EXPECT_EQ(world.read(world.copy), "first");
+        world.edit("third", 15 + cuts);
+    }
+    world.expectReplaced("third");
+    EXPECT_FALSE(world.exists(archive));
+}
+
+TEST(CutBeforeTheCommit, soIsTheOlderPackage) {
+    SyncWorld world;
+    world.computer({file("Music/a.pages/text", "first", at(-10))});
+    world.sync();
+    world.clock.setNow(at(5));
+    world.write(std::string(SyncWorld::home) + "/Music/a.pages/text", "second", at(5));
+    world.disk.faults().fail("flushVolume", SyncWorld::drive, ENODEV);
+    world.disk.faults().before("flushVolume", SyncWorld::drive,
+                               [&](const std::string&) { world.controller->setCancelPending(true, false); });
+    world.sync();
+    world.disk.faults().clear();
+    restartAgent(world);
+    EXPECT_EQ(world.read(paths::join(SyncWorld::copies, "Music/a.pages/text")), "first");
+    world.sync();
+    EXPECT_EQ(world.read(paths::join(SyncWorld::copies, "Music/a.pages/text")), "second");
+    EXPECT_FALSE(world.exists(archive));
+}
+
+TEST(CutBeforeTheCommit, whatSomebodyPutThereSinceIsSetAside) {
+    CutWorld world;
+    for (int cuts = 0; cuts < 2; ++cuts) {
+        world.cut();
+        world.write(world.copy, "theirs", at(-5)); // with a date that says nothing
+    }
+    world.expectReplaced("second");
+    EXPECT_EQ(world.read(world.kept), "theirs");
+}
+
+TEST(CutBeforeTheCommit, whatWasChangedOnBothSidesIsSetAside) {
+    CutWorld world;
+    world.write(world.copy, "theirs", at(3));
+    world.cut();
+    world.edit("third", 15);
+    world.expectReplaced("third");
+    EXPECT_EQ(world.read(world.kept), "theirs");
+}
+
 // A drive file that changed after a sync was cut, and that only the time since then holds in doubt.
 struct ChangedSince {
     const char* name;

@@ -35,6 +35,12 @@ bool isBelowAny(const std::string& below, const std::set<std::string>& places) {
     return places.contains(path);
 }
 
+std::optional<Date> dateIn(const std::map<std::string, Date>& dates, const std::string& path) {
+    const auto found = dates.find(path);
+    if (found == dates.end()) return std::nullopt;
+    return found->second;
+}
+
 // What of a group stays in doubt after a pass over `items`; true when that is not the same as before.
 bool narrow(std::vector<std::string>& group, const std::vector<std::string>& items,
             const std::set<std::string>& notLookedInto) {
@@ -102,7 +108,12 @@ void CopyJournal::readEarlierGroup(const std::string& path) {
         std::size_t next = text->find("\nboot ", at);
         next = next == std::string::npos ? text->size() : next + 1;
         const JournalGroup group = journaltext::parse(std::string_view(*text).substr(at, next - at));
-        for (const auto& [file, written] : group.files) _leftovers.files[file] = written;
+        for (const auto& [file, written] : group.files) {
+            _leftovers.files[file] = written;
+            _leftovers.replaced.erase(file); // what an earlier copy of it was to replace
+            if (const auto replaced = group.replaced.find(file); replaced != group.replaced.end())
+                _leftovers.replaced.insert(*replaced);
+        }
         if (group.bootId != _services.bootId && !group.items.empty()) addLeftoverGroup({group.items, group.start});
         at = next;
     }
@@ -127,6 +138,7 @@ void CopyJournal::writeLeftovers() {
     JournalGroup names;
     names.bootId = _services.bootId;
     names.files = _leftovers.files;
+    names.replaced = _leftovers.replaced;
     std::string text = journaltext::whole(names);
     for (const auto& [items, start] : _leftovers.groups) {
         JournalGroup group;
@@ -140,9 +152,11 @@ void CopyJournal::writeLeftovers() {
 }
 
 std::optional<Date> CopyJournal::dateGiven(const std::string& path) const {
-    const auto found = _leftovers.files.find(path);
-    if (found == _leftovers.files.end()) return std::nullopt;
-    return found->second;
+    return dateIn(_leftovers.files, path);
+}
+
+std::optional<Date> CopyJournal::dateReplaced(const std::string& path) const {
+    return dateIn(_leftovers.replaced, path);
 }
 
 void CopyJournal::settle(const std::vector<std::string>& items, const std::map<std::string, Date>& stillInDoubt,
@@ -152,6 +166,7 @@ void CopyJournal::settle(const std::vector<std::string>& items, const std::map<s
         return isBelowAny(file.first, items) && !stillInDoubt.contains(file.first) &&
                !isBelowAny(file.first, notLookedInto);
     });
+    std::erase_if(_leftovers.replaced, [&](const auto& file) { return !_leftovers.files.contains(file.first); });
     for (auto& group : _leftovers.groups) changes += narrow(group.items, items, notLookedInto) ? 1U : 0U;
     uniteLeftoverGroups();
     for (const auto& file : stillInDoubt) changes += _leftovers.files.insert(file).second ? 1U : 0U;
@@ -225,12 +240,12 @@ bool CopyJournal::restoreRecord(const Record& record) {
     return true;
 }
 
-void CopyJournal::afterCopy(const std::string& path, Date written, std::uint64_t bytes) {
+void CopyJournal::afterCopy(const std::string& path, Date written, std::uint64_t bytes, std::optional<Date> replaced) {
     ++_changes;
     ++_copies;
     if (!_open) open();
     if (_open->names)
-        if (const auto noted = _open->names->append(journaltext::fileLine(path, written)); !noted)
+        if (const auto noted = _open->names->append(journaltext::fileLines(path, written, replaced)); !noted)
             complain(noted.error());
     _open->bytes += bytes;
     if (_thread.done()) finishRunningFlush();

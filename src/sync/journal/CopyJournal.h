@@ -36,7 +36,8 @@ class CopyJournal {
     };
     // What earlier syncs left in doubt.
     struct Leftovers {
-        std::map<std::string, Date> files; // the date that each copy was given
+        std::map<std::string, Date> files;    // the date that each copy was given
+        std::map<std::string, Date> replaced; // and of some the date of what it was to replace
         struct Group {                     // of an earlier start of the computer: anything changed since `start`
             std::vector<std::string> items;
             Date start;
@@ -52,6 +53,8 @@ class CopyJournal {
     const Leftovers& beginPass(std::vector<std::string> items);
     [[nodiscard]] const Leftovers& leftovers() const { return _leftovers; }
     [[nodiscard]] std::optional<Date> dateGiven(const std::string& path) const;
+    // The date of what a copy in doubt was to replace, as afterCopy() was told it; null for another.
+    [[nodiscard]] std::optional<Date> dateReplaced(const std::string& path) const;
     // After the last flush of a pass over `items`: all that was in doubt at or below them was copied again or found
     // whole, but for these, with the dates that they have on the drive, and for what lies at or below the places that
     // it did not look into, which have no slash at their end.
@@ -59,7 +62,9 @@ class CopyJournal {
                 const std::set<std::string>& notLookedInto);
 
     void beforeCopy();
-    void afterCopy(const std::string& path, Date written, std::uint64_t bytes);
+    // `replaced`: the date of what it is going to replace, where that is nothing but an older copy.
+    void afterCopy(const std::string& path, Date written, std::uint64_t bytes,
+                   std::optional<Date> replaced = std::nullopt);
     void noteCommitted() { ++_changes; }
     // Flushes unless all content is down already: before a step that destroys old content.
     Result<void> flushBeforeReplacing();

@@ -52,10 +52,11 @@ void take(JournalGroup& group, std::string_view line) {
     if (key == "boot") group.bootId = rest;
     if (key == "start") group.start = dateOf(rest).value_or(Date::missing());
     if (key == "item") group.items.push_back(unescaped(rest));
-    if (key != "file") return;
+    if (key != "file" && key != "over") return;
     const std::size_t second = rest.find(' ');
     if (second == std::string_view::npos) return;
-    if (const auto date = dateOf(rest.substr(0, second))) group.files[unescaped(rest.substr(second + 1))] = *date;
+    auto& dates = key == "file" ? group.files : group.replaced;
+    if (const auto date = dateOf(rest.substr(0, second))) dates[unescaped(rest.substr(second + 1))] = *date;
 }
 
 } // namespace
@@ -66,13 +67,20 @@ std::string header(const JournalGroup& group) {
     return text;
 }
 
-std::string fileLine(const std::string& path, Date written) {
-    return "file " + std::to_string(written.nanoseconds()) + " " + escaped(path) + "\n";
+std::string fileLines(const std::string& path, Date written, std::optional<Date> replaced) {
+    const std::string end = " " + escaped(path) + "\n";
+    std::string text = "file " + std::to_string(written.nanoseconds()) + end;
+    if (replaced) text += "over " + std::to_string(replaced->nanoseconds()) + end;
+    return text;
 }
 
 std::string whole(const JournalGroup& group) {
     std::string text = header(group);
-    for (const auto& [path, written] : group.files) text += fileLine(path, written);
+    for (const auto& [path, written] : group.files) {
+        const auto replaced = group.replaced.find(path);
+        text += fileLines(path, written,
+                          replaced == group.replaced.end() ? std::nullopt : std::optional(replaced->second));
+    }
     return text;
 }
 

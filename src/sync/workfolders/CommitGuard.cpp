@@ -36,13 +36,15 @@ bool CommitGuard::aboutToReplace(const std::string& staged, const FileAttributes
 
 bool CommitGuard::isAsSeen(const FileAttributes& staged, const std::string& destination,
                            const FileAttributes& present) const {
-    if (_services.journal != nullptr) {
-        // A copy of ours that a crash may have left short is worth nothing, unless the computer has no more than an
-        // older file to put in its place; one that changed since is the person's.
-        if (const auto written = _services.journal->dateGiven(destination))
-            return isDateGiven(present.modified, *written) && !isLater(present, staged);
-    }
     const auto seen = _services.seen ? _services.seen(destination) : std::nullopt;
+    if (const auto written = _services.journal != nullptr ? _services.journal->dateGiven(destination) : std::nullopt) {
+        // A copy of ours that a crash may have left short is worth nothing, unless the computer has no more than an
+        // older file to put in its place; so is the older copy that it did not come to replace. One that changed since
+        // is the person's.
+        if (isLater(present, staged)) return false;
+        if (isDateGiven(present.modified, *written)) return true;
+        if (!seen || !seen->compared || _services.journal->dateReplaced(destination) != seen->compared) return false;
+    }
     if (!seen) {
         _services.logLine(localisedText("\"%@\" appeared on the drive while it was synchronized.",
                                         {paths::displayText(destination)}));
@@ -55,6 +57,15 @@ bool CommitGuard::isAsSeen(const FileAttributes& staged, const std::string& dest
         _services.logLine(
             localisedText("\"%@\" changed on the drive while it was synchronized.", {paths::displayText(destination)}));
     return same;
+}
+
+std::optional<Date> CommitGuard::olderCopyAt(const std::string& path) const {
+    const auto seen = _services.seen ? _services.seen(path) : std::nullopt;
+    if (!seen || seen->changedOnBothSides || !seen->compared) return std::nullopt;
+    const auto written = _services.journal->dateGiven(path);
+    const bool ours =
+        !written || isDateGiven(*seen->compared, *written) || _services.journal->dateReplaced(path) == seen->compared;
+    return ours ? seen->compared : std::nullopt;
 }
 
 std::int64_t CommitGuard::granularity() const {
@@ -97,7 +108,9 @@ void CommitGuard::itemWasCopied(const std::string& staged, const FileAttributes&
                                 bool incomplete) {
     if (incomplete) _incomplete.insert(staged);
     if (!incomplete && _services.wasCopied) _services.wasCopied(finalPath(staged), source);
-    if (_services.journal != nullptr) _services.journal->afterCopy(finalPath(staged), source.modified, bytes);
+    if (_services.journal == nullptr) return;
+    const std::string path = finalPath(staged);
+    _services.journal->afterCopy(path, source.modified, bytes, olderCopyAt(path));
 }
 
 } // namespace vt

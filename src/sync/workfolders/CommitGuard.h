@@ -23,6 +23,7 @@ struct SeenOnDrive {
     std::optional<Date> modified;
     std::optional<std::uint64_t> size;
     bool changedOnBothSides = false;
+    std::optional<Date> compared = {}; // the date that decided: of a package the newest inside
 };
 
 class CommitGuard : public ReplacementGuard, public StagingWatch {
@@ -63,6 +64,8 @@ class CommitGuard : public ReplacementGuard, public StagingWatch {
   private:
     [[nodiscard]] bool isAsSeen(const FileAttributes& staged, const std::string& destination,
                                 const FileAttributes& present) const;
+    // The date of what the copy for `path` is going to replace, if that may go without being set aside.
+    [[nodiscard]] std::optional<Date> olderCopyAt(const std::string& path) const;
     [[nodiscard]] bool isLater(const FileAttributes& present, const FileAttributes& staged) const;
     [[nodiscard]] std::int64_t granularity() const; // of the drive's dates, nanoseconds, at least 1
     [[nodiscard]] bool isDateGiven(Date present, Date given) const;
