@@ -43,6 +43,8 @@ class Pass {
         std::string item;
     };
     [[nodiscard]] std::vector<Choice> choose() const;
+    [[nodiscard]] std::vector<Choice> chooseChanged(const std::vector<std::string>& sorted) const;
+    [[nodiscard]] const std::string* holderOf(const std::string& form) const;
     bool compare(const std::string& local);
     bool compareFolder(const std::string& local);
     void compareFiles(const std::string& local, const std::string& target);
@@ -81,22 +83,38 @@ std::vector<Pass::Choice> Pass::choose() const {
     }
     auto sorted = *_request.paths;
     std::sort(sorted.begin(), sorted.end());
-    std::vector<std::string> kept;
-    for (const auto& path : sorted)
-        if (kept.empty() || path.compare(0, kept.back().size(), kept.back()) != 0) kept.push_back(path);
-    for (const auto& path : kept) {
-        const std::string form = _user.shortForm(path);
-        // The innermost item that it lies in, else the first whose text it begins with.
-        const std::string* holder = nullptr;
-        for (const auto& item : _user.list) {
-            if (form.compare(0, item.size(), item) != 0) continue;
-            if (holder == nullptr) holder = &item;
-            if (!isAtOrBelow(form, item)) continue;
-            if (!isAtOrBelow(form, *holder) || item.size() >= holder->size()) holder = &item;
+    return chooseChanged(sorted);
+}
+
+std::vector<Pass::Choice> Pass::chooseChanged(const std::vector<std::string>& sorted) const {
+    std::vector<Choice> chosen;
+    for (std::size_t first = 0, next = 0; first < sorted.size(); first = next) {
+        const std::string& kept = sorted[first];
+        for (next = first; next < sorted.size() && sorted[next].compare(0, kept.size(), kept) == 0;) ++next;
+        const std::string form = _user.shortForm(kept);
+        if (const std::string* holder = holderOf(form)) {
+            chosen.push_back({form, *holder});
+            continue;
         }
-        if (holder != nullptr) chosen.push_back({form, *holder});
+        // It is no item's, but what lies below it may be.
+        std::vector<std::string> below;
+        for (std::size_t i = first + 1; i < next; ++i)
+            if (sorted[i] != kept && isAtOrBelow(sorted[i], kept)) below.push_back(sorted[i]);
+        for (auto& choice : chooseChanged(below)) chosen.push_back(std::move(choice));
     }
     return chosen;
+}
+
+// The innermost item that it lies in, else the first whose text it begins with.
+const std::string* Pass::holderOf(const std::string& form) const {
+    const std::string* holder = nullptr;
+    for (const auto& item : _user.list) {
+        if (form.compare(0, item.size(), item) != 0) continue;
+        if (holder == nullptr) holder = &item;
+        if (!isAtOrBelow(form, item)) continue;
+        if (!isAtOrBelow(form, *holder) || item.size() >= holder->size()) holder = &item;
+    }
+    return holder;
 }
 
 Outcome Pass::run() {

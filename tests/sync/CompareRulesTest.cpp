@@ -55,6 +55,16 @@ TEST(CompareChoice, prefixRemovalIsTextual) {
               (std::vector<std::string>{"/A/B"}));
 }
 
+TEST(CompareChoice, aFolderOfAnotherDrivesItemLeavesOutNothingBelowIt) {
+    const HomePaths home("/home/ada");
+    const std::vector<std::string> changed{"/home/ada", "/home/ada/Music", "/home/ada/Music/Rock", "/home/ada2"};
+    EXPECT_EQ(pathsOfChosen(chooseChangedItems(changed, {"~/Music"}, home)), (std::vector<std::string>{"~/Music"}));
+    EXPECT_EQ(pathsOfChosen(chooseChangedItems(changed, {"~/Music/Rock"}, home)),
+              (std::vector<std::string>{"~/Music/Rock"}));
+    EXPECT_EQ(pathsOfChosen(chooseChangedItems(changed, {"~/"}, home)), (std::vector<std::string>{"~/"}));
+    EXPECT_TRUE(chooseChangedItems(changed, {"/home/ada2"}, home).empty()) << "begins with the same text only";
+}
+
 TEST(CompareChoice, aChangedPathIsKeptAbbreviatedWithTheItemItBelongsTo) {
     const HomePaths home("/home/ada");
     const auto chosen = chooseChangedItems({"/home/ada/Music/Rock", "/srv/x"}, {"~/Pictures", "~/Music"}, home);

@@ -65,8 +65,16 @@ std::vector<ChosenItem> chooseChangedItems(std::vector<std::string> changedPaths
     std::vector<ChosenItem> chosen;
     for (const PrefixRun& run : prefixRuns(std::move(changedPaths))) {
         const std::string path = home.abbreviate(run.kept);
-        if (const std::string* const item = itemOf(path, syncItems, home))
+        if (const std::string* const item = itemOf(path, syncItems, home)) {
             chosen.push_back({path == "~" ? "~/" : path, *item});
+            continue;
+        }
+        std::vector<std::string> below;
+        for (const std::string& left : run.leftOut)
+            if (paths::isAtOrBelow(left, run.kept)) below.push_back(left);
+        if (below.empty()) continue;
+        const auto more = chooseChangedItems(std::move(below), syncItems, home);
+        chosen.insert(chosen.end(), more.begin(), more.end());
     }
     return chosen;
 }

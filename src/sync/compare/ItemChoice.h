@@ -16,7 +16,8 @@ struct ChosenItem {
 // A full sync: every sync item. A sync item that cannot stand in a property list is left out by the caller.
 [[nodiscard]] std::vector<ChosenItem> chooseAllItems(const std::vector<std::string>& syncItems);
 // A continuous sync: the changed paths that lie in a sync item, without those that begin with one before them. Both
-// tests are plain text prefixes, so behind "/A/B" a path "/A/BC" is left out too.
+// tests are plain text prefixes, so behind "/A/B" a path "/A/BC" is left out too. One that lies in no sync item, as
+// another drive's may, leaves out nothing below it.
 [[nodiscard]] std::vector<ChosenItem> chooseChangedItems(std::vector<std::string> changedPaths,
                                                          const std::vector<std::string>& syncItems,
                                                          const HomePaths& home);

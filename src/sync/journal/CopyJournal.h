@@ -38,7 +38,7 @@ class CopyJournal {
     struct Leftovers {
         std::map<std::string, Date> files;    // the date that each copy was given
         std::map<std::string, Date> replaced; // and of some the date of what it was to replace
-        struct Group {                     // of an earlier start of the computer: anything changed since `start`
+        struct Group {                        // of an earlier start of the computer: anything changed since `start`
             std::vector<std::string> items;
             Date start;
             friend bool operator==(const Group&, const Group&) = default;

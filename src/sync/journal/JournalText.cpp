@@ -78,8 +78,8 @@ std::string whole(const JournalGroup& group) {
     std::string text = header(group);
     for (const auto& [path, written] : group.files) {
         const auto replaced = group.replaced.find(path);
-        text += fileLines(path, written,
-                          replaced == group.replaced.end() ? std::nullopt : std::optional(replaced->second));
+        text +=
+            fileLines(path, written, replaced == group.replaced.end() ? std::nullopt : std::optional(replaced->second));
     }
     return text;
 }
