@@ -19,17 +19,14 @@ class Writer:
         self.mark = str(seed)
         self.folders = folders
         self.made = 0
-        self.told_to_stop = threading.Event()
-        signal.signal(signal.SIGTERM, self.stop)
-
-    def stop(self, *_):
-        self.told_to_stop.set()
 
     def run(self):
         acts = (self.create, self.create, self.overwrite, self.overwrite, self.append, self.append, self.save_safely,
                 self.in_small_pieces, self.shorten, self.rename, self.remove, self.grow_a_tree, self.move_a_tree,
                 self.replace_a_tree, self.link)
-        while not self.told_to_stop.wait(self.dice.random() * 0.008):
+        # Waited for and never handled: a handler could come while this very thread holds the lock that it needs.
+        signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGTERM})
+        while signal.sigtimedwait({signal.SIGTERM}, self.dice.random() * 0.008) is None:
             try:
                 self.dice.choice(acts)(self.dice.choice(self.folders))
             except OSError:
