@@ -52,6 +52,7 @@ class BusService {
     // What the drive's media filter says about a file, and why.
     virtual void explain(const std::string& drive, const std::string& path, DriveCompletion done) = 0;
     virtual std::vector<Value::Dictionary> waiting() = 0; // the drives that changes wait for
+    // Somebody asked for it, or the bus has ended.
     virtual void quit() = 0;
 };
 

@@ -134,6 +134,14 @@ TEST_F(QtSessionBusTest, ASecondAgentIsTold) {
     second.stop();
 }
 
+TEST_F(QtSessionBusTest, TheAgentEndsWithItsBus) {
+    onPath("Progress", "/media/stick");
+    EXPECT_FALSE(service.ended);
+    ground.bus.end();
+    EXPECT_TRUE(qtRunUntil([&] { return service.ended; }));
+    bus.stop();
+}
+
 TEST_F(QtSessionBusTest, ExplainCarriesADriveAndAFile) {
     service.driveAnswer =
         Value::Dictionary{{"accepted", true}, {"patterns", Value::Array{Value(Value::Dictionary{{"list", "movies"}})}}};

@@ -35,14 +35,17 @@ class PrivateBus {
         ::close(channel[0]);
         if (code != 0 || _address.empty()) throw std::runtime_error("dbus-daemon does not start");
     }
-    ~PrivateBus() {
-        ::kill(_process, SIGTERM);
-        ::waitpid(_process, nullptr, 0);
-    }
+    ~PrivateBus() { end(); }
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;
 
     [[nodiscard]] const std::string& address() const { return _address; }
+    void end() {
+        if (_process == -1) return;
+        ::kill(_process, SIGTERM);
+        ::waitpid(_process, nullptr, 0);
+        _process = -1;
+    }
 
   private:
     pid_t _process = -1;

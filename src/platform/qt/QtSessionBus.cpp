@@ -68,6 +68,16 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
     explicit Object(BusService& service) : _service(service) {
         _turn.setInterval(0);
         QObject::connect(&_turn, &QTimer::timeout, this, [this] { serve(); });
+        _busGone.setInterval(0);
+        _busGone.setSingleShot(true);
+        QObject::connect(&_busGone, &QTimer::timeout, this, [this] { _service.quit(); });
+    }
+
+    // The bus ends with the person's session; the next session starts an agent of its own, and two would work on one
+    // drive without knowing of each other.
+    void endWithTheBus(QDBusConnection& connection) {
+        connection.connect({}, latin("/org/freedesktop/DBus/Local"), latin("org.freedesktop.DBus.Local"),
+                           latin("Disconnected"), &_busGone, SLOT(start()));
     }
 
     // The whole introspection text is answered below; this is the part that QtDBus asks for on its own.
@@ -246,6 +256,7 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
     BusService& _service;
     std::deque<Request> _line;
     std::size_t _bytesInLine = 0;
+    QTimer _busGone;
     QTimer _turn; // fires at each turn of the run loop while somebody stands in line
 };
 
@@ -269,7 +280,10 @@ Result<void> QtSessionBus::start(BusService& service) {
     const auto reply =
         _connection.interface()->registerService(latin(qtbus::busName), QDBusConnectionInterface::DontQueueService,
                                                  QDBusConnectionInterface::DontAllowReplacement);
-    if (reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceRegistered) return {};
+    if (reply.isValid() && reply.value() == QDBusConnectionInterface::ServiceRegistered) {
+        _object->endWithTheBus(_connection);
+        return {};
+    }
     stop();
     if (reply.isValid())
         return Error{
