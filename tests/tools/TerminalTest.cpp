@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -64,10 +63,11 @@ std::string onTerminal(const QString& text) {
     dup2(end, STDOUT_FILENO);
     printNames(text);
     dup2(before, STDOUT_FILENO);
-    char bytes[100];
-    const ssize_t count = read(terminal, bytes, sizeof bytes);
+    std::string sent;
+    char byte = 0;
+    while (!sent.ends_with('\n') && read(terminal, &byte, 1) == 1) sent.push_back(byte); // it comes in pieces
     for (const int descriptor : {before, end, terminal}) close(descriptor);
-    return {bytes, static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+    return sent;
 }
 
 TEST(Terminal, ANameIsItselfEverywhereButOnATerminal) {
