@@ -125,6 +125,18 @@ TEST_F(QtSessionBusTest, IntrospectionIsTheInstalledFile) {
     EXPECT_NE(installed.str(), "");
 }
 
+TEST_F(QtSessionBusTest, NoInterfaceHasProperties) {
+    for (const char* interface : {qtbus::eventsInterface, qtbus::drivesInterface, qtbus::notificationsInterface}) {
+        const QDBusMessage reply =
+            ground.call("org.freedesktop.DBus.Properties", "GetAll", {QString::fromLatin1(interface)});
+        ASSERT_EQ(reply.type(), QDBusMessage::ReplyMessage) << nameOf(reply);
+        EXPECT_EQ(reply.signature().toStdString(), "a{sv}");
+        EXPECT_TRUE(qdbus_cast<QVariantMap>(reply.arguments().at(0)).isEmpty());
+    }
+    EXPECT_EQ(nameOf(ground.call("org.freedesktop.DBus.Properties", "GetAll", {latin("com.corvane.other")})),
+              "org.freedesktop.DBus.Error.UnknownInterface");
+}
+
 TEST_F(QtSessionBusTest, ASecondAgentIsTold) {
     StubService other;
     QtSessionBus second(ground.caller);

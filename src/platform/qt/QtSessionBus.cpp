@@ -91,6 +91,10 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
             qtbus::reply(message, connection, QVariant(latin(qtbus::introspectionXml)));
             return true;
         }
+        if (asksForOurProperties(message)) {
+            qtbus::reply(message, connection, QVariant(QVariantMap())); // there are none
+            return true;
+        }
         const Method* const method = methodOf(message);
         if (method == nullptr && !interface.startsWith(latin("com.corvane.vantaro."))) return false; // QtDBus answers
         if (method == nullptr)
@@ -122,6 +126,16 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
         EventDescriptor::Record parameters = {}; // of Send
         std::size_t size = 0;                    // bytes
     };
+
+    // Proxies of other libraries ask for them first of all.
+    static bool asksForOurProperties(const QDBusMessage& message) {
+        if (message.interface() != latin("org.freedesktop.DBus.Properties") || message.member() != latin("GetAll") ||
+            message.signature() != latin("s"))
+            return false;
+        const QString asked = message.arguments().at(0).toString();
+        return asked == latin(qtbus::eventsInterface) || asked == latin(qtbus::drivesInterface) ||
+               asked == latin(qtbus::notificationsInterface);
+    }
 
     // A caller may leave the interface out: the name decides then.
     static const Method* methodOf(const QDBusMessage& message) {
