@@ -83,9 +83,9 @@ TEST_P(FileEventsContract, TellsOfEveryKindOfChange) {
     expectToldOf(*watched, "a new file", [&] { ground->write("folder/a", "1"); });
     expectToldOf(*watched, "more content", [&] { ground->write("folder/a", "2"); });
     expectToldOf(*watched, "content below", [&] { ground->write("folder/sub/b", "3"); });
-    expectToldOf(*watched, "permissions of a file", [&] { ground->setMode("folder/a", 0600); });
-    expectToldOf(*watched, "permissions of a folder", [&] { ground->setMode("folder/sub", 0700); });
-    expectToldOf(*watched, "permissions of itself", [&] { ground->setMode("folder", 0700); });
+    expectToldOf(*watched, "permissions of a file", [&] { ground->setMode("folder/a", 0640); });
+    expectToldOf(*watched, "permissions of a folder", [&] { ground->setMode("folder/sub", 0750); });
+    expectToldOf(*watched, "permissions of itself", [&] { ground->setMode("folder", 0750); });
     expectToldOf(*watched, "a new name", [&] { ground->move("folder/a", "folder/c"); });
     expectToldOf(*watched, "moved out", [&] { ground->move("folder/c", "elsewhere/c"); });
     expectToldOf(*watched, "moved in", [&] { ground->move("elsewhere/c", "folder/d"); });

@@ -70,8 +70,8 @@ struct LinuxVolumeGround {
     FakeRunLoop loop{clock};
     TemporaryFolder folder;
     LinuxVolumes volumes{loop,
-                         {.answerLimit = std::chrono::seconds(5),
-                          .unmountLimit = std::chrono::seconds(30),
+                         {.answerLimit = std::chrono::seconds(100),
+                          .unmountLimit = std::chrono::seconds(100),
                           .lookInterval = std::chrono::milliseconds(10)}};
     std::vector<std::string> mounted;
 
