@@ -1,5 +1,6 @@
 """The main job as a person sees it: a folder of the computer arrives on a drive."""
 
+import json
 import os
 import signal
 import stat
@@ -8,6 +9,7 @@ import unittest
 from pathlib import Path
 
 from support import PATIENCE, LoopImage, SystemTest, World, copies_folder, facts, identities, wait_until, write
+from test_watch import is_waiting
 
 SECOND = 1_000_000_000
 
@@ -182,16 +184,19 @@ class MainRoad(SystemTest):
 
     def test_watch_prints_the_activity_of_a_sync(self):
         self.world.start()
-        watch = subprocess.Popen([os.environ.get("VANTARO_CTL", str(self.bin() / "vantaroctl")), "watch"],
-                                 env=self.world.env, stdout=subprocess.PIPE, text=True)
+        path = self.world.folder / "watched"
+        with open(path, "wb") as file:
+            watch = subprocess.Popen([os.environ.get("VANTARO_CTL", str(self.bin() / "vantaroctl")), "watch"],
+                                     env=self.world.env, stdout=file)
+
+        def types():
+            return {json.loads(line)["syncActivityType"] for line in path.read_text().splitlines(True) if line.endswith("\n")}
+
+        wait_until(lambda: is_waiting(watch.pid), "the watching")
         self.world.adopt(self.drive)
+        wait_until(lambda: {1, 2, 3, 6} <= types(), "every activity of a sync")
         watch.terminate()
-        lines, _ = watch.communicate(timeout=PATIENCE)
-        self.assertEqual(watch.returncode, 130)
-        import json
-        types = [json.loads(line)["syncActivityType"] for line in lines.splitlines()]
-        for activity in (1, 2, 3, 6):
-            self.assertIn(activity, types)
+        self.assertEqual(watch.wait(PATIENCE), 130)
 
     def bin(self):
         import support
