@@ -75,6 +75,7 @@ std::string stateFolder(vt::FileService& files, const vt::SystemIdentity& system
 
 int runAgent(int& argc, char** argv) {
     QCoreApplication application(argc, argv);
+    const vt::Signals endsOnSignal([] { vt::QtRunLoop::quit(0); });
     const QDBusConnection bus = vt::qtbus::openSessionBus();
     if (anotherAgentRuns(bus)) {
         std::fputs(alreadyRunning, stdout);
@@ -134,7 +135,6 @@ int runAgent(int& argc, char** argv) {
         .children = &children,
     });
     agent = &controller;
-    const vt::Signals endsOnSignal([] { vt::QtRunLoop::quit(0); });
     controller.awakeFromNib();
     if (!controller.applicationWillFinishLaunching()) {
         std::fputs(alreadyRunning, stdout);
