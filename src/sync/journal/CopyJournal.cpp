@@ -100,6 +100,7 @@ void CopyJournal::readEarlierGroup(const std::string& path) {
     const auto text = _services.contents.read(path, largestJournal);
     if (!text) {
         complain(text.error());
+        if (paths::lastComponent(path) == leftoversName) keepUnread(path);
         return;
     }
     // The merged file holds one block per earlier start of the computer.
@@ -116,6 +117,15 @@ void CopyJournal::readEarlierGroup(const std::string& path) {
         }
         if (group.bootId != _services.bootId && !group.items.empty()) addLeftoverGroup({group.items, group.start});
         at = next;
+    }
+}
+
+// Writing what is known would take the place of what is not: it goes among the groups, which are read until they can
+// be.
+void CopyJournal::keepUnread(const std::string& path) {
+    for (int number = 0;; ++number) {
+        const std::string kept = std::string(groupPrefix) + "0-" + std::to_string(number);
+        if (_services.files.move(path, paths::join(_folder, kept), Replace::never).code() != EEXIST) return;
     }
 }
 

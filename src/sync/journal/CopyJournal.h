@@ -101,6 +101,7 @@ class CopyJournal {
     void flushNow();
     void flushEnded(const Result<void>& flushed, const Running& covering);
     void readEarlierGroup(const std::string& path);
+    void keepUnread(const std::string& path);
     void addLeftoverGroup(Leftovers::Group group);
     void uniteLeftoverGroups();
     void writeLeftovers();
