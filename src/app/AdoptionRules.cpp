@@ -45,6 +45,20 @@ bool showsState(const std::string& typeName) {
     return std::find(stateFileSystems.begin(), stateFileSystems.end(), typeName) != stateFileSystems.end();
 }
 
+// Where `path` is or would be: its links resolved as far as it exists.
+std::string placeOf(FileService& files, const std::string& path) {
+    std::string there = path;
+    std::string missing;
+    for (;;) {
+        if (const auto real = stringWithRealPath(files, there))
+            return missing.empty() ? *real : paths::join(*real, missing);
+        if (there == "/") return path;
+        const std::string name = paths::lastComponent(there);
+        missing = missing.empty() ? name : paths::join(name, missing);
+        there = paths::parent(there);
+    }
+}
+
 Error refuse(int code, const std::string& path, std::string text) {
     return {code, Disposition::skipItem, path, std::move(text)};
 }
@@ -71,7 +85,7 @@ bool AdoptionRules::isTheAgents(const std::string& path) const {
     for (const std::string& own :
          {paths::join(system.configHome(), application::bundleIdentifier), paths::join(system.stateHome(), "vantaro"),
           paths::join(system.home(), ".Z_VT_W"), paths::join(system.home(), "Library/Logs")}) {
-        for (const std::string& folder : {own, stringWithRealPath(_files->files(), own).value_or(own)})
+        for (const std::string& folder : {own, placeOf(_files->files(), own)})
             if (paths::isAtOrBelow(path, folder) || paths::isAtOrBelow(folder, path)) return true;
     }
     return false;
@@ -82,12 +96,12 @@ Result<AdoptionRules::Folder> AdoptionRules::folderAt(const std::string& path) {
     constexpr const char* isAgents = "the agent keeps files of its own there";
     if (!paths::isAbsolute(path)) return refuse(EINVAL, path, "the path is not absolute");
     if (paths::isAtOrBelow(_services.system.home(), path)) return refuse(EINVAL, path, isHome);
-    if (isTheAgents(path)) return refuse(EINVAL, path, isAgents);
     const auto attributes = _files->files().attributesFollowing(path);
+    if (attributes.ok() && attributes->isDirectory() && isHomeOrAbove(*attributes)) return refuse(EINVAL, path, isHome);
+    if (isTheAgents(path)) return refuse(EINVAL, path, isAgents);
     if (!attributes.ok()) return attributes.error();
     if (!attributes->isDirectory()) return refuse(ENOTDIR, path, "it is no volume and no folder");
     const std::string realPath = stringWithRealPath(_files->files(), path).value_or(path);
-    if (isHomeOrAbove(*attributes)) return refuse(EINVAL, path, isHome);
     if (isTheAgents(realPath)) return refuse(EINVAL, path, isAgents);
     // Some homes stand among the system's folders.
     const std::string home = _services.system.home();

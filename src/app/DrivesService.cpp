@@ -23,9 +23,9 @@ Error inProgress(const std::string& path) {
     return {EBUSY, Disposition::skipItem, path, DriveArrival::syncInProgress};
 }
 
-// Bus errors carry one text: the path belongs into it.
+// Bus errors carry one text: the path belongs into it. The rest is a formatted text already.
 Error withPathInText(Error error) {
-    if (!error.path.empty()) error.text = formatText("\"%@\": %@", {paths::displayText(error.path), error.text});
+    if (!error.path.empty()) error.text.insert(0, formatText("\"%@\": ", {paths::displayText(error.path)}));
     return error;
 }
 

@@ -55,7 +55,7 @@ Error refuse(int code, const std::string& path, std::string text) {
 
 } // namespace
 
-ServedVolumes::ServedVolumes(ApplicationServices& services, const HostIdentity& identity, LogSink& log,
+ServedVolumes::ServedVolumes(ApplicationServices& services, const HostIdentity& identity, LogFrontEnd& log,
                              VolumeObserver& next, Service service)
     : _services(services), _identity(identity), _log(log), _next(next), _service(std::move(service)),
       _adopted(services, log), _rules(services, _service.syncedFolders), _files(services.driveFiles.bind(nullptr)) {}
@@ -169,6 +169,7 @@ void ServedVolumes::detachIfGone(const std::string& key, const std::string& moun
         else if (*done)
             _log.logMessage(
                 formatText("The drive at \"%@\" was pulled while it was mounted: its mount was taken off.", {shown}));
+        _log.flushLog();
     });
 }
 

@@ -6,6 +6,7 @@
 
 #include "app/AdoptedDrives.h"
 #include "app/AdoptionRules.h"
+#include "app/LogFrontEnd.h"
 #include "config/HostIdentity.h"
 #include "platform/VolumeService.h"
 
@@ -34,7 +35,7 @@ class ServedVolumes final : public VolumeObserver {
         // Where the drive with this root is served; null: it is no drive's.
         std::function<std::optional<std::string>(std::uint64_t device, std::uint64_t inode)> driveWithRoot;
     };
-    ServedVolumes(ApplicationServices& services, const HostIdentity& identity, LogSink& log, VolumeObserver& next,
+    ServedVolumes(ApplicationServices& services, const HostIdentity& identity, LogFrontEnd& log, VolumeObserver& next,
                   Service service);
 
     void start(); // remembered folders come back, then events flow
@@ -64,7 +65,7 @@ class ServedVolumes final : public VolumeObserver {
 
     ApplicationServices& _services;
     const HostIdentity& _identity;
-    LogSink& _log;
+    LogFrontEnd& _log;
     VolumeObserver& _next;
     Service _service;
     AdoptedDrives _adopted;

@@ -42,6 +42,19 @@ class LinuxPreferencesTest : public testing::Test {
     std::optional<LinuxPreferences> preferences;
 };
 
+TEST_F(LinuxPreferencesTest, ANameWithALineEndBeginsNoLineInTheSystemLog) {
+    const std::string config = folder / "con\nfig";
+    preferences.emplace(LinuxPreferences::Services{files, files, lists}, config, "0123");
+    const std::string path = preferences->path(domain, any);
+    ASSERT_TRUE(files.makeDirectory(config, 0700).ok());
+    ASSERT_TRUE(files.makeDirectory(config + "/" + domain, 0700).ok());
+    ASSERT_TRUE(files.writeAtomically(path, "no property list", 0600).ok());
+    const std::string line = systemLogOf([&] { EXPECT_FALSE(preferences->value(domain, any, "a").has_value()); });
+    EXPECT_TRUE(line.starts_with("Preferences not read: ")) << line;
+    EXPECT_NE(line.find("/con\\x0Afig/"), std::string::npos) << line;
+    EXPECT_EQ(line.find("con\nfig"), std::string::npos) << line;
+}
+
 TEST_F(LinuxPreferencesTest, FilesAreWhereAPersonLooksForThemAndPrivate) {
     preferences->set(domain, any, "a", Value(1));
     preferences->set(domain, current, "b", Value(2));

@@ -67,6 +67,18 @@ TEST_F(LinuxSystemIdentityTest, HomeIsTheVariableWhenItIsAbsolute) {
     EXPECT_NE(identity().home(), "relative");
 }
 
+TEST_F(LinuxSystemIdentityTest, ANameWithALineEndBeginsNoLineInTheSystemLog) {
+    card("eth0", 2, "00:11:22:33:44:55", true);
+    write("st\nate", "a file in the folder's place");
+    environment["XDG_STATE_HOME"] = folder / "st\nate";
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(identity().ethernetAddress(), "001122334455");
+    const std::string line = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(line.starts_with("The computer's address could not be remembered: ")) << line;
+    EXPECT_NE(line.find("/st\\x0Aate/"), std::string::npos) << line;
+    EXPECT_EQ(line.find("st\nate"), std::string::npos) << line;
+}
+
 TEST_F(LinuxSystemIdentityTest, TheStartOfTheComputerHasAName) {
     LinuxFiles own;
     const std::string now = LinuxSystemIdentity(own, own).bootId();

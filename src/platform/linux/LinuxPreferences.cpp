@@ -2,6 +2,7 @@
 
 #include "base/LogSink.h"
 #include "base/Paths.h"
+#include "base/VisibleText.h"
 
 #include <cerrno>
 
@@ -59,7 +60,7 @@ bool LinuxPreferences::synchronise(const std::string& domain, PreferenceHost hos
     const std::string file = behindLinks(path(domain, host));
     const auto bytes = _services.propertyLists.xml(Value(merged(held)));
     if (!bytes) {
-        systemLog("Preferences " + file + " not written: " + bytes.error().describe());
+        systemLog("Preferences " + visibleText(file) + " not written: " + visibleText(bytes.error().describe()));
         return false;
     }
     if (held.broken && !keepAside(file)) return false;
@@ -67,7 +68,7 @@ bool LinuxPreferences::synchronise(const std::string& domain, PreferenceHost hos
     if (!makeFolder(paths::parent(file))) return false;
     const auto written = _services.contents.writeAtomically(file, *bytes, fileMode);
     if (!written) {
-        systemLog("Preferences not written: " + written.error().describe());
+        systemLog("Preferences not written: " + visibleText(written.error().describe()));
         return false;
     }
     held = Store(); // what is in the file now is read again when it is asked for
@@ -95,7 +96,7 @@ void LinuxPreferences::refresh(Store& store, const std::string& path) {
         store.read = std::move(*values);
     } else if (values.code() != ENOENT) {
         store.broken = true;
-        systemLog("Preferences not read: " + values.error().describe());
+        systemLog("Preferences not read: " + visibleText(values.error().describe()));
     }
 }
 
@@ -129,10 +130,10 @@ bool LinuxPreferences::keepAside(const std::string& path) {
         const auto moved = _services.files.move(path, kept, Replace::never);
         if (moved || moved.code() == ENOENT) return true;
         if (moved.code() == EEXIST) continue;
-        systemLog("Preferences not kept aside: " + moved.error().describe());
+        systemLog("Preferences not kept aside: " + visibleText(moved.error().describe()));
         return false;
     }
-    systemLog("Preferences not kept aside: " + path + " has too many broken files beside it");
+    systemLog("Preferences not kept aside: " + visibleText(path) + " has too many broken files beside it");
     return false;
 }
 
@@ -142,7 +143,7 @@ bool LinuxPreferences::makeFolder(const std::string& path) {
     if (path == "/" || path.empty() || !makeFolder(paths::parent(path))) return false;
     const auto made = _services.files.makeDirectory(path, folderMode);
     if (made || made.code() == EEXIST) return true;
-    systemLog("Preferences not written: " + made.error().describe());
+    systemLog("Preferences not written: " + visibleText(made.error().describe()));
     return false;
 }
 

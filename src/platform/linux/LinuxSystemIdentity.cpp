@@ -2,6 +2,7 @@
 
 #include "base/LogSink.h"
 #include "base/Paths.h"
+#include "base/VisibleText.h"
 #include "platform/linux/DesktopSettings.h"
 
 #include <algorithm>
@@ -177,7 +178,8 @@ void LinuxSystemIdentity::remember(const std::string& address) const {
         if (!_files.attributesFollowing(made)) _files.makeDirectory(made, 0700).ignore();
     }
     const auto written = _contents.writeAtomically(paths::join(folder, "host-identity"), address + "\n", 0600);
-    if (!written) systemLog("The computer's address could not be remembered: " + written.error().describe());
+    if (!written)
+        systemLog("The computer's address could not be remembered: " + visibleText(written.error().describe()));
 }
 
 } // namespace vt
