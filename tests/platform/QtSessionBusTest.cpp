@@ -110,6 +110,37 @@ class QtSessionBusTest : public ::testing::Test {
     QDBusMessage onPath(const char* member, const char* path) {
         return ground.call(qtbus::drivesInterface, member, {QString::fromUtf8(path)});
     }
+    // Not waited for.
+    QDBusPendingCall ask(const char* interface, const char* member, const QVariantList& arguments) {
+        QDBusMessage call = QDBusMessage::createMethodCall(latin(qtbus::busName), latin(qtbus::objectPath),
+                                                           latin(interface), latin(member));
+        call.setArguments(arguments);
+        return ground.caller.asyncCall(call, patience);
+    }
+    // As many calls, answered. All are sent and stand in line while a first one is answered: each end's answer from the
+    // bus comes behind what was sent before it, and what has come is taken in at once.
+    std::vector<QDBusPendingCall> behindTheFirst(std::size_t count, const char* interface, const char* member,
+                                                 const QVariantList& arguments) {
+        std::vector<QDBusPendingCall> sent;
+        service.onFirstEvent = [&] {
+            for (std::size_t i = 0; i < count; ++i) sent.push_back(ask(interface, member, arguments));
+            for (const QDBusConnection& end : {ground.caller, ground.agent})
+                end.call(QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                                        "org.freedesktop.DBus", "GetId"),
+                         QDBus::Block, patience);
+            QCoreApplication::sendPostedEvents();
+        };
+        const QDBusPendingCall first = ask(qtbus::eventsInterface, "Send", event);
+        std::size_t answered = 0;
+        EXPECT_TRUE(qtRunUntil([&] {
+            while (answered < sent.size() && sent[answered].isFinished()) ++answered;
+            return first.isFinished() && answered == count;
+        }));
+        EXPECT_FALSE(first.isError());
+        return sent;
+    }
+    static constexpr int patience = 600'000; // milliseconds; the usual 25 s are short for so many on a busy computer
+    const QVariantList event{QStringLiteral("vnTR"), QStringLiteral("GETL"), *qtdescriptors::toBus({})};
     BusGround ground;
     StubService service;
     QtSessionBus bus{ground.agent};
@@ -200,35 +231,21 @@ TEST_F(QtSessionBusTest, DescriptorsTravelBothWays) {
 }
 
 TEST_F(QtSessionBusTest, BehindTenThousandThatWaitOneMoreIsRefused) {
-    constexpr int patience = 600'000; // milliseconds; the usual 25 s are short for so many on a busy computer
-    const auto ping = [](const QDBusConnection& connection) {
-        connection.call(QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                                       "org.freedesktop.DBus", "GetId"),
-                        QDBus::Block, patience);
-    };
-    QDBusMessage call = QDBusMessage::createMethodCall(latin(qtbus::busName), latin(qtbus::objectPath),
-                                                       latin(qtbus::eventsInterface), "Send");
-    call << QStringLiteral("vnTR") << QStringLiteral("GETL") << *qtdescriptors::toBus({});
-    std::vector<QDBusPendingCall> sent;
-    // All others are sent and stand in line while the first is answered: each end's answer from the bus comes behind
-    // what was sent before it, and what has come is taken in at once.
-    service.onFirstEvent = [&] {
-        for (int i = 0; i < 10'001; ++i) sent.push_back(ground.caller.asyncCall(call, patience));
-        ping(ground.caller);
-        ping(ground.agent);
-        QCoreApplication::sendPostedEvents();
-    };
-    const QDBusPendingCall first = ground.caller.asyncCall(call, patience);
-    std::size_t answered = 0;
-    const auto allAnswered = [&] {
-        while (answered < sent.size() && sent[answered].isFinished()) ++answered;
-        return first.isFinished() && answered == 10'001;
-    };
-    ASSERT_TRUE(qtRunUntil(allAnswered));
+    const auto sent = behindTheFirst(10'001, qtbus::eventsInterface, "Send", event);
+    ASSERT_EQ(sent.size(), 10'001U);
     EXPECT_EQ(service.events.size(), 10'001U) << "the one that is answered, and those in line";
     EXPECT_EQ(sent.back().reply().errorName().toStdString(), "org.freedesktop.DBus.Error.LimitsExceeded");
     EXPECT_FALSE(sent[9'999].isError());
-    EXPECT_FALSE(first.isError());
+}
+
+TEST_F(QtSessionBusTest, PathsOfMoreThanTheLineHoldsAreRefused) {
+    const QString path(4 * 1024 * 1024, QLatin1Char('x')); // 8 MiB in memory; the line holds 64
+    const auto sent = behindTheFirst(9, qtbus::drivesInterface, "Forget", {path});
+    ASSERT_EQ(sent.size(), 9U);
+    for (std::size_t i = 0; i < 8; ++i) EXPECT_FALSE(sent[i].isError()) << i;
+    EXPECT_EQ(sent[8].reply().errorName().toStdString(), "org.freedesktop.DBus.Error.LimitsExceeded");
+    EXPECT_EQ(service.asked.size(), 8U);
+    EXPECT_EQ(onPath("Forget", "/x").type(), QDBusMessage::ReplyMessage) << "the line is empty again";
 }
 
 TEST_F(QtSessionBusTest, AnUnknownEventIsAnError) {
@@ -320,11 +337,7 @@ TEST_F(QtSessionBusTest, DrivesAreListedWithEveryKindOfValue) {
 TEST_F(QtSessionBusTest, AdoptMayBeAnsweredLater) {
     service.answersLater = true;
     service.driveAnswer = Value::Dictionary{{"mountPoint", "/media/x"}};
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(QString::fromLatin1(qtbus::busName), QString::fromLatin1(qtbus::objectPath),
-                                       QString::fromLatin1(qtbus::drivesInterface), QStringLiteral("Adopt"));
-    message << QStringLiteral("/media/x");
-    QDBusPendingCall pending = ground.caller.asyncCall(message);
+    const QDBusPendingCall pending = ask(qtbus::drivesInterface, "Adopt", {QStringLiteral("/media/x")});
     ASSERT_TRUE(qtRunUntil([&] { return !service.asked.empty(); }));
     EXPECT_FALSE(pending.isFinished());
     service.owed();
