@@ -1,9 +1,11 @@
 """A file system in user space that shows a folder, as a network share would: what others change in the folder raises no
-event, and a server that was stopped answers nobody until it goes on.
+event, and a server that was stopped answers nobody until it goes on. It stops itself when it is asked for a folder that holds
+".hang", with that question taken.
 
 usage: slow_share.py FOLDER MOUNT_POINT"""
 
 import os
+import signal
 import sys
 
 from fusepy import FUSE, FuseOSError, Operations
@@ -30,6 +32,8 @@ class Share(Operations):
                                                       "st_atime", "st_mtime", "st_ctime", "st_ino")}
 
     def readdir(self, path, fh):
+        if os.path.lexists(self.at(path) + b"/.hang"):
+            os.kill(os.getpid(), signal.SIGSTOP)
         return [".", "..", *(os.fsdecode(name) for name in os.listdir(self.at(path)))]
 
     def readlink(self, path):

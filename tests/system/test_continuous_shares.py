@@ -6,7 +6,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from support import SystemTest, World, copies_folder, wait_until, write
+from support import PATIENCE, SystemTest, World, copies_folder, wait_until, write
 
 
 class SlowShare:
@@ -27,6 +27,9 @@ class SlowShare:
 
     def hang(self):
         self.server.send_signal(signal.SIGSTOP)
+
+    def hangs(self):
+        return Path(f"/proc/{self.server.pid}/stat").read_text().rpartition(") ")[2][0] == "T"
 
     def go_on(self):
         self.server.send_signal(signal.SIGCONT)
@@ -112,6 +115,34 @@ class Shares(SystemTest):
         self.assertEqual(self.on_drive("cat.txt").read_bytes(), b"another cat")
         write(self.share.folder / "photos/sea.txt", b"a calm sea")
         self.share.go_on()
+        self.world.sync(self.drive)
+        self.assertEqual(self.on_drive("sea.txt").read_bytes(), b"a calm sea")
+
+    def test_an_agent_that_is_ended_while_a_sync_hangs_on_the_share_makes_room_for_the_next(self):
+        self.begin(self.share.mount_point / "photos")
+        self.world.ctl("set", self.drive, "continuous", "off")
+        self.world.finish(self.drive)
+        mark = self.share.folder / "photos/deep/.hang"
+        write(mark)
+        self.world.ctl("start", self.drive)
+        wait_until(self.share.hangs, "the sync to ask for the folder that hangs")
+        self.world.ctl("stop", self.drive)
+        self.assertEqual([drive["busy"] for drive in self.world.json("drives")], [True])
+        ended = self.world.agent
+        ended.send_signal(signal.SIGTERM)
+        # The system keeps a process whose thread waits for a server's answer; all else of this one has gone.
+        wait_until(lambda: self.world.ctl("drives", check=False).returncode == 3, "the agent's name to be free")
+        self.world.errors.close()
+        self.world.start()
+        wait_until(lambda: self.world.json("drives"), "the drive")
+        write(self.home / "Pictures/cat.txt", b"another cat")
+        self.world.sync(self.drive)
+        self.assertLogged(self.world, f'"{self.share.mount_point / "photos"}" does not answer and is left out.')
+        self.assertEqual(self.on_drive("cat.txt").read_bytes(), b"another cat")
+        mark.unlink()
+        self.share.go_on()
+        self.assertEqual(ended.wait(timeout=PATIENCE), 0)
+        write(self.share.folder / "photos/sea.txt", b"a calm sea")
         self.world.sync(self.drive)
         self.assertEqual(self.on_drive("sea.txt").read_bytes(), b"a calm sea")
 
