@@ -3,11 +3,11 @@
 #include "base/LocalTime.h"
 #include "base/Paths.h"
 #include "base/Text.h"
+#include "config/utilities/TreeWalk.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace vt {
 namespace {
@@ -46,21 +46,12 @@ std::string archiveDay(Date now) {
 void removeDeletionMarks(FileService& files, const std::string& mountPoint) {
     const auto root = files.attributes(mountPoint);
     if (!root) return;
-    std::vector<std::string> folders{mountPoint};
-    while (!folders.empty()) {
-        const std::string folder = std::move(folders.back());
-        folders.pop_back();
-        const auto entries = files.list(folder);
-        if (!entries) continue;
-        for (const auto& entry : *entries) {
-            if (entry.attributes.device != root->device) continue;
-            const std::string path = paths::join(folder, entry.name);
-            if (isMark(entry.name))
-                files.remove(path, goOn).ignore();
-            else if (entry.attributes.isDirectory())
-                folders.push_back(path);
-        }
-    }
+    walkTree(files, mountPoint, [&](const std::string& folder, const DirectoryEntry& entry) {
+        if (entry.attributes.device != root->device) return TreeStep::pass;
+        if (!isMark(entry.name)) return entry.attributes.isDirectory() ? TreeStep::enter : TreeStep::pass;
+        files.remove(paths::join(folder, entry.name), goOn).ignore();
+        return TreeStep::pass;
+    });
 }
 
 void removeOldTempFolders(FileService& files, LogSink& log, const std::string& home, const std::string& mountPoint,

@@ -3,6 +3,7 @@
 #include "base/Paths.h"
 #include "config/utilities/DateConversions.h"
 #include "config/utilities/Packages.h"
+#include "config/utilities/TreeWalk.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -269,21 +270,11 @@ std::string ItemComparison::workPath(const std::string& work, const std::string&
 Date ItemComparison::newestOnDrive(const std::string& package, const FileAttributes& attributes) {
     Date newest = Date::missing();
     bool found = false;
-    std::vector<std::string> open{package};
-    while (!open.empty()) {
-        const std::string folder = std::move(open.back());
-        open.pop_back();
-        const auto listing = _services.files.list(folder);
-        if (!listing) continue;
-        for (const DirectoryEntry& entry : *listing) {
-            if (entry.attributes.isDirectory()) {
-                open.push_back(paths::join(folder, entry.name));
-            } else if (entry.attributes.isRegular()) {
-                newest = std::max(newest, entry.attributes.modified);
-                found = true;
-            }
-        }
-    }
+    visitTree(_services.files, package, [&](const std::string&, const DirectoryEntry& entry) {
+        if (!entry.attributes.isRegular()) return;
+        newest = std::max(newest, entry.attributes.modified);
+        found = true;
+    });
     return found ? newest : attributes.modified;
 }
 

@@ -1,9 +1,8 @@
 #include "sync/tree/OwnRemoval.h"
 
-#include "base/Paths.h"
+#include "config/utilities/TreeWalk.h"
 
 #include <cerrno>
-#include <vector>
 
 namespace vt {
 namespace {
@@ -20,19 +19,10 @@ void openAll(FileService& files, const std::string& path) {
     const auto top = files.attributes(path);
     if (!top) return;
     open(files, path, *top);
-    std::vector<std::string> folders;
-    if (top->isDirectory()) folders.push_back(path);
-    while (!folders.empty()) {
-        const std::string folder = std::move(folders.back());
-        folders.pop_back();
-        const auto entries = files.list(folder);
-        if (!entries) continue;
-        for (const auto& entry : *entries) {
-            std::string below = paths::join(folder, entry.name);
-            open(files, below, entry.attributes);
-            if (entry.attributes.isDirectory()) folders.push_back(std::move(below));
-        }
-    }
+    if (!top->isDirectory()) return;
+    visitTree(files, path, [&](const std::string& folder, const DirectoryEntry& entry) {
+        open(files, paths::join(folder, entry.name), entry.attributes);
+    });
 }
 
 } // namespace

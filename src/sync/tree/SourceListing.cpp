@@ -2,6 +2,7 @@
 
 #include "base/Paths.h"
 #include "base/Text.h"
+#include "config/utilities/TreeWalk.h"
 
 #include <algorithm>
 
@@ -39,20 +40,14 @@ std::optional<SourceListing::Acceptable> SourceListing::firstAcceptable(const st
 }
 
 bool SourceListing::anyAcceptableBelow(const std::string& folder) {
-    std::vector<std::string> folders{folder};
-    while (!folders.empty()) {
-        const std::string current = std::move(folders.back());
-        folders.pop_back();
-        const auto entries = _services.files.list(current);
-        if (!entries) continue;
-        for (const auto& [name, attributes] : *entries) {
-            if (_questions.isClosed(attributes)) continue;
-            const std::string path = paths::join(current, name);
-            if (_questions.accepts(path, name, attributes, false)) return true;
-            if (attributes.isDirectory()) folders.push_back(path);
-        }
-    }
-    return false;
+    bool found = false;
+    walkTree(_services.files, folder, [&](const std::string& current, const DirectoryEntry& entry) {
+        if (_questions.isClosed(entry.attributes)) return TreeStep::pass;
+        found = _questions.accepts(paths::join(current, entry.name), entry.name, entry.attributes, false);
+        if (found) return TreeStep::stop;
+        return entry.attributes.isDirectory() ? TreeStep::enter : TreeStep::pass;
+    });
+    return found;
 }
 
 } // namespace vt

@@ -1,10 +1,9 @@
 #include "sync/tree/TreeSizes.h"
 
-#include "base/Paths.h"
 #include "config/utilities/Packages.h"
+#include "config/utilities/TreeWalk.h"
 
 #include <optional>
-#include <vector>
 
 namespace vt {
 
@@ -23,34 +22,19 @@ std::uint64_t fastPathSize(FileService& files, const std::string& path, const Fi
 
 std::uint64_t fastFolderSize(FileService& files, const std::string& path, const ClosedFolder& closed) {
     std::uint64_t total = 0;
-    std::vector<std::string> folders{path}; // a loop, because a tree may be deeper than the stack
-    while (!folders.empty()) {
-        const std::string folder = std::move(folders.back());
-        folders.pop_back();
-        const auto entries = files.list(folder);
-        if (!entries) continue;
-        for (const auto& entry : *entries) {
-            if (entry.attributes.isRegular()) total += roundedUpTo512(entry.attributes.size);
-            if (!entry.attributes.isDirectory() || (closed && closed(entry.attributes))) continue;
-            folders.push_back(paths::join(folder, entry.name));
-        }
-    }
+    walkTree(files, path, [&](const std::string&, const DirectoryEntry& entry) {
+        if (entry.attributes.isRegular()) total += roundedUpTo512(entry.attributes.size);
+        const bool isClosed = closed && entry.attributes.isDirectory() && closed(entry.attributes);
+        return entry.attributes.isDirectory() && !isClosed ? TreeStep::enter : TreeStep::pass;
+    });
     return total;
 }
 
 bool isFolderEmpty(FileService& files, const std::string& path) {
-    std::vector<std::string> folders{path};
-    while (!folders.empty()) {
-        const std::string folder = std::move(folders.back());
-        folders.pop_back();
-        const auto entries = files.list(folder);
-        if (!entries) return false;
-        for (const auto& entry : *entries) {
-            if (!entry.attributes.isDirectory()) return false;
-            if (!isPackageName(entry.name)) folders.push_back(paths::join(folder, entry.name));
-        }
-    }
-    return true;
+    return walkTree(files, path, [](const std::string&, const DirectoryEntry& entry) {
+        if (!entry.attributes.isDirectory()) return TreeStep::stop;
+        return isPackageName(entry.name) ? TreeStep::pass : TreeStep::enter;
+    });
 }
 
 } // namespace vt

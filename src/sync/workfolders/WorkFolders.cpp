@@ -3,6 +3,7 @@
 #include "base/Paths.h"
 #include "base/Text.h"
 #include "config/utilities/Packages.h"
+#include "config/utilities/TreeWalk.h"
 #include "sync/keep/BesideNames.h"
 #include "sync/report/MRLErrorReporter.h"
 #include "sync/tree/OwnRemoval.h"
@@ -148,16 +149,7 @@ bool WorkFolders::deleteFolder(const char* which, const std::string& folder) {
 
 std::uint64_t WorkFolders::countEntries(const std::string& folder) const {
     std::uint64_t count = 0;
-    std::vector<std::string> folders{folder};
-    while (!folders.empty()) {
-        const std::string current = std::move(folders.back());
-        folders.pop_back();
-        const auto entries = _services.files.list(current);
-        if (!entries) continue;
-        count += entries->size();
-        for (const auto& entry : *entries)
-            if (entry.attributes.isDirectory()) folders.push_back(paths::join(current, entry.name));
-    }
+    visitTree(_services.files, folder, [&](const std::string&, const DirectoryEntry&) { ++count; });
     return count;
 }
 
