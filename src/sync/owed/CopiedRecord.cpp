@@ -23,13 +23,6 @@ template <typename Number> std::optional<Number> numberIn(std::string_view word)
     return number;
 }
 
-std::string_view nextLine(std::string_view& text) {
-    const auto end = text.find('\n');
-    const std::string_view line = text.substr(0, end);
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    return line;
-}
-
 } // namespace
 
 CopiedRecord::CopiedRecord(FileContents& contents, std::string target, const std::string& stateHome,
@@ -50,9 +43,11 @@ void CopiedRecord::load() {
     const auto content = _contents.read(_path, largestRecord);
     if (!content) return;
     std::string_view text = *content;
-    if (nextLine(text) != firstLine || nextLine(text) != "drive " + recordtext::escaped(_driveKey)) return;
+    if (recordtext::nextLine(text) != firstLine ||
+        recordtext::nextLine(text) != "drive " + recordtext::escaped(_driveKey))
+        return;
     while (!text.empty()) {
-        std::string_view line = nextLine(text);
+        std::string_view line = recordtext::nextLine(text);
         const auto size = numberIn<std::uint64_t>(recordtext::nextWord(line));
         const auto modified = numberIn<std::int64_t>(recordtext::nextWord(line));
         if (size && modified && !line.empty())

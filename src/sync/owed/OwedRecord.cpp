@@ -45,15 +45,10 @@ void OwedRecord::load() {
 }
 
 bool OwedRecord::read(std::string_view text) {
-    const auto line = [&text] {
-        const auto end = text.find('\n');
-        const std::string_view first = text.substr(0, end);
-        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-        return first;
-    };
-    if (line() != firstLine || line() != "drive " + recordtext::escaped(_driveKey)) return false;
+    using recordtext::nextLine;
+    if (nextLine(text) != firstLine || nextLine(text) != "drive " + recordtext::escaped(_driveKey)) return false;
     std::string folder;
-    while (!text.empty()) readLine(line(), folder);
+    while (!text.empty()) readLine(nextLine(text), folder);
     return true;
 }
 

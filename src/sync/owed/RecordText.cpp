@@ -4,6 +4,13 @@ namespace vt::recordtext {
 
 namespace {
 constexpr std::string_view digits = "0123456789ABCDEF";
+
+std::string_view nextUpTo(char separator, std::string_view& text) {
+    const auto end = text.find(separator);
+    const std::string_view piece = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    return piece;
+}
 } // namespace
 
 std::string escaped(std::string_view bytes) {
@@ -39,10 +46,11 @@ std::string unescaped(std::string_view text) {
 }
 
 std::string_view nextWord(std::string_view& line) {
-    const auto blank = line.find(' ');
-    const std::string_view word = line.substr(0, blank);
-    line.remove_prefix(blank == std::string_view::npos ? line.size() : blank + 1);
-    return word;
+    return nextUpTo(' ', line);
+}
+
+std::string_view nextLine(std::string_view& text) {
+    return nextUpTo('\n', text);
 }
 
 } // namespace vt::recordtext

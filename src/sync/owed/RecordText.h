@@ -11,5 +11,7 @@ namespace vt::recordtext {
 [[nodiscard]] std::string unescaped(std::string_view text);
 // Takes the first word, and the blank behind it, off the line.
 [[nodiscard]] std::string_view nextWord(std::string_view& line);
+// Takes the first line, and its end, off the text.
+[[nodiscard]] std::string_view nextLine(std::string_view& text);
 
 } // namespace vt::recordtext
