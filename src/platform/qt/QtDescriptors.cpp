@@ -1,6 +1,7 @@
 #include "platform/qt/QtDescriptors.h"
 
 #include "platform/DescriptorDecoder.h"
+#include "platform/qt/QtContentBudget.h"
 #include "platform/qt/QtValues.h"
 
 #include <QDBusArgument>
@@ -41,26 +42,10 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, WireDescriptor& d
 
 namespace {
 
-Error refused(int code, std::string text) {
-    return Error{code, Disposition::skipItem, {}, std::move(text)};
-}
+using qtvalues::refused;
 
-class Walk {
-  public:
-    bool take(std::size_t bytes) {
-        _used += bytes + descriptorlimits::bytesPerDescriptor;
-        if (_used > qtvalues::largestContent) fail(E2BIG, "the descriptors are larger than 16 MiB");
-        return ok();
-    }
-    void fail(int code, std::string text) {
-        if (!_error) _error = refused(code, std::move(text));
-    }
-    [[nodiscard]] bool ok() const { return !_error; }
-    [[nodiscard]] const Error& error() const { return *_error; }
-
-  private:
-    std::size_t _used = 0;
-    std::optional<Error> _error;
+struct Budget : qtvalues::ContentBudget {
+    Budget() : ContentBudget(descriptorlimits::bytesPerDescriptor, "the descriptors are larger than 16 MiB") {}
 };
 
 QString code(FourCharCode value) {
@@ -68,34 +53,34 @@ QString code(FourCharCode value) {
 }
 
 // `containers`: how many D-Bus containers are open around the descriptor.
-WireDescriptor wire(const EventDescriptor& descriptor, int containers, Walk& walk);
+WireDescriptor wire(const EventDescriptor& descriptor, int containers, Budget& budget);
 
-WireRecord wireRecord(const EventDescriptor::Record& record, int containers, Walk& walk) {
+WireRecord wireRecord(const EventDescriptor::Record& record, int containers, Budget& budget) {
     WireRecord result;
     for (const auto& [key, value] : record) {
-        if (!walk.ok()) break;
-        result.insert(code(key), wire(value, containers + 2, walk)); // array and entry
+        if (!budget.ok()) break;
+        result.insert(code(key), wire(value, containers + 2, budget)); // array and entry
     }
     return result;
 }
 
-WireDescriptor wire(const EventDescriptor& descriptor, int containers, Walk& walk) {
+WireDescriptor wire(const EventDescriptor& descriptor, int containers, Budget& budget) {
     WireDescriptor result{code(descriptor.type()), {}};
     const int inside = containers + 2; // struct and variant
-    if (inside + 1 > qtvalues::deepestMessage)
-        walk.fail(ELOOP, "the descriptors are nested deeper than the bus carries");
-    if (!walk.take(descriptor.bytes() ? descriptor.bytes()->size() : 0)) return result;
+    constexpr const char* tooDeep = "the descriptors are nested deeper than the bus carries";
+    if (!budget.enter(inside + 1, qtvalues::deepestMessage, tooDeep)) return result;
+    if (!budget.take(descriptor.bytes() ? descriptor.bytes()->size() : 0)) return result;
     if (const auto* bytes = descriptor.bytes()) {
         result.value.setVariant(QByteArray(bytes->data(), static_cast<qsizetype>(bytes->size())));
     } else if (const auto* list = descriptor.list()) {
         WireList items;
         for (const EventDescriptor& item : *list) {
-            if (!walk.ok()) break;
-            items.append(wire(item, inside + 1, walk));
+            if (!budget.ok()) break;
+            items.append(wire(item, inside + 1, budget));
         }
         result.value.setVariant(QVariant::fromValue(items));
     } else if (const auto* record = descriptor.record()) {
-        result.value.setVariant(QVariant::fromValue(wireRecord(*record, inside, walk)));
+        result.value.setVariant(QVariant::fromValue(wireRecord(*record, inside, budget)));
     }
     return result;
 }
@@ -178,9 +163,9 @@ void registerTypes() {
 }
 
 Result<QVariant> toBus(const EventDescriptor::Record& record) {
-    Walk walk;
-    const WireRecord result = wireRecord(record, 0, walk);
-    if (!walk.ok()) return walk.error();
+    Budget budget;
+    const WireRecord result = wireRecord(record, 0, budget);
+    if (!budget.ok()) return budget.error();
     return QVariant::fromValue(result);
 }
 

@@ -1,6 +1,7 @@
 #include "platform/qt/QtValues.h"
 
 #include "base/Paths.h"
+#include "platform/qt/QtContentBudget.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>
@@ -9,40 +10,15 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <optional>
 
 namespace vt::qtvalues {
 
 namespace {
 
-// Every value counts this much besides its bytes, so that a flood of empty ones is large too.
-constexpr std::size_t bytesPerValue = 16;
+constexpr const char* tooDeep = "the content is nested too deeply";
 
-Error refused(int code, std::string text) {
-    return Error{code, Disposition::skipItem, {}, std::move(text)};
-}
-
-// Collects the first error while a tree is walked.
-class Budget {
-  public:
-    bool take(std::size_t bytes) {
-        _used += bytes + bytesPerValue;
-        if (_used > largestContent) fail(E2BIG, "the content is larger than 16 MiB");
-        return ok();
-    }
-    bool enter(int depth, int deepest) {
-        if (depth > deepest) fail(ELOOP, "the content is nested too deeply");
-        return ok();
-    }
-    void fail(int code, std::string text) {
-        if (!_error) _error = refused(code, std::move(text));
-    }
-    [[nodiscard]] bool ok() const { return !_error; }
-    [[nodiscard]] const Error& error() const { return *_error; }
-
-  private:
-    std::size_t _used = 0;
-    std::optional<Error> _error;
+struct Budget : ContentBudget {
+    Budget() : ContentBudget(16, "the content is larger than 16 MiB") {}
 };
 
 QVariantMap mapOf(const Value::Dictionary& dictionary, int containers, Budget& budget);
@@ -73,7 +49,7 @@ QVariant variantOf(const Value& value, int containers, Budget& budget) {
 
 QVariant listOf(const Value::Array& array, int containers, Budget& budget) {
     const bool strings = std::all_of(array.begin(), array.end(), [](const Value& item) { return item.asString(); });
-    if (!budget.enter(containers + 2, deepestMessage)) return {};
+    if (!budget.enter(containers + 2, deepestMessage, tooDeep)) return {};
     if (strings) { // an empty array too: most arrays here are of paths
         QStringList list;
         for (const Value& item : array) {
@@ -92,7 +68,7 @@ QVariant listOf(const Value::Array& array, int containers, Budget& budget) {
 
 QVariantMap mapOf(const Value::Dictionary& dictionary, int containers, Budget& budget) {
     QVariantMap map;
-    if (!budget.enter(containers + 3, deepestMessage)) return map;
+    if (!budget.enter(containers + 3, deepestMessage, tooDeep)) return map;
     for (const auto& [key, value] : dictionary) {
         if (!budget.take(key.size())) break;
         if (!value.isNull()) map.insert(text(key), variantOf(value, containers + 3, budget));
@@ -138,7 +114,7 @@ Value valueOfArgument(const QDBusArgument& argument, int depth, Budget& budget) 
 }
 
 Value valueOf(const QVariant& variant, int depth, Budget& budget) {
-    if (!budget.enter(depth, deepestValue) || !budget.take(0)) return {};
+    if (!budget.enter(depth, deepestValue, tooDeep) || !budget.take(0)) return {};
     if (variant.metaType() == QMetaType::fromType<QDBusVariant>())
         return valueOf(variant.value<QDBusVariant>().variant(), depth + 1, budget);
     if (variant.metaType() == QMetaType::fromType<QDBusArgument>())
