@@ -84,7 +84,7 @@ TEST(VTApplicationController, CleanupQueuesTheEndOfEveryWorkerOnce) {
     world.app->applicationWillTerminate();
     EXPECT_TRUE(world.app->registry().all().empty());
     EXPECT_EQ(world.bus.service, nullptr);
-    EXPECT_TRUE(one->workerEnded());
+    EXPECT_TRUE(world.loop.runUntil([&] { return one->workerEnded(); }));
     EXPECT_FALSE(two->workerEnded());
     const auto lines = world.log();
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "Mirrorly stopping."), 1);

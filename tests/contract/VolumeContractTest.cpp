@@ -307,7 +307,7 @@ TEST_F(LinuxVolumesTest, ASecondMountOfAServedDriveInTheSystemsPlacesIsNoDepartu
     ground.mountDisk(point);
     observe();
     ASSERT_EQ(::mount(point.c_str(), "/opt", nullptr, MS_BIND, nullptr), 0);
-    ground.mounted.push_back("/opt");
+    ground.mounted.emplace_back("/opt");
     EXPECT_EQ(eventsSoFar(), Events{});
     EXPECT_TRUE(lists(volumes, point));
     ASSERT_EQ(::umount2("/opt", 0), 0);

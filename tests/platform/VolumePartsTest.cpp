@@ -170,7 +170,7 @@ TEST(VolumeSurvey, AnotherMountOfAKnownDriveIsNoDepartureWhereverItIs) {
 }
 
 TEST(TimedCalls, AnAnswerInTimeIsPassedOn) {
-    TimedCalls calls(std::chrono::seconds(10));
+    TimedCalls calls(std::chrono::seconds(100));
     const auto answer = calls.run<int>("x", [] { return Result<int>(7); });
     EXPECT_EQ(answer.valueOr(0), 7);
     EXPECT_EQ(calls.run<void>("x", [] { return Result<void>(Error::fromErrno(EIO, "x")); }).code(), EIO);

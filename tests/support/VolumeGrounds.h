@@ -82,7 +82,7 @@ struct LinuxVolumeGround {
     void removeFolder(const std::string& path) { std::filesystem::remove_all(path); }
     void restoreFolder(const std::string& path) { std::filesystem::create_directories(path); }
     std::string makeImage(const std::string& type, std::uintmax_t bytes) {
-        const std::string image = folder / (type + ".img");
+        std::string image = folder / (type + ".img");
         runTool({"truncate", "-s", std::to_string(bytes), image});
         runTool({"mkfs." + type, "-q", image});
         return image;
