@@ -206,7 +206,7 @@ TEST(LinuxPropertyLists, RefusesMalformedBinary) {
 TEST(LinuxPropertyLists, RefusesBinaryThatUnfoldsWithoutEnd) {
     std::vector<std::string> objects;
     for (char i = 0; i < 60; ++i) objects.push_back(std::string("\xa2") + char(i + 1) + char(i + 1));
-    objects.push_back("\x09");
+    objects.emplace_back("\x09");
     EXPECT_EQ(parse(binaryOf(objects)).code(), EINVAL);
 }
 
