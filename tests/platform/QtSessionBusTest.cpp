@@ -1,150 +1,16 @@
-#include "platform/qt/QtSessionBus.h"
-
-#include "platform/qt/QtDescriptors.h"
+#include "SessionBusWorld.h"
 #include "platform/qt/QtValues.h"
-#include "support/BusGround.h"
 
 #include <QDBusArgument>
-#include <QDBusConnectionInterface>
-#include <QDBusVariant>
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cerrno>
 #include <fstream>
-#include <functional>
 #include <sstream>
-#include <utility>
 
 namespace vt::test {
 namespace {
 
 using namespace literals;
-
-class StubService final : public BusService {
-  public:
-    std::vector<BusEvent> events;
-    std::function<void()> onFirstEvent;
-    Result<EventDescriptor::Record> eventReply = EventDescriptor::Record{};
-    std::vector<Value::Dictionary> driveList;
-    std::vector<std::string> asked;
-    Result<Value::Dictionary> driveAnswer = Value::Dictionary{};
-    Result<void> outcome;
-    bool answersLater = false;
-    bool answersNever = false;
-    std::function<void()> owed;
-    bool ended = false;
-
-    Result<EventDescriptor::Record> event(const BusEvent& event) override {
-        events.push_back(event);
-        if (onFirstEvent) std::exchange(onFirstEvent, {})();
-        return eventReply;
-    }
-    std::vector<Value::Dictionary> drives() override { return driveList; }
-    std::vector<Value::Dictionary> volumes() override { return {}; }
-    void adopt(const std::string& path, DriveCompletion done) override {
-        asked.push_back("adopt " + path);
-        if (answersNever) return;
-        owed = [this, done] { done(driveAnswer); };
-        if (!answersLater) owed();
-    }
-    void forget(const std::string& path, Completion done) override {
-        asked.push_back("forget " + path);
-        done(outcome);
-    }
-    void progress(const std::string& path, DriveCompletion done) override {
-        asked.push_back("progress " + path);
-        done(driveAnswer);
-    }
-    void eject(const std::string& path, Completion done) override {
-        asked.push_back("eject " + path);
-        done(outcome);
-    }
-    void explain(const std::string& drive, const std::string& path, DriveCompletion done) override {
-        asked.push_back("explain " + drive + " " + path);
-        done(driveAnswer);
-    }
-    std::vector<Value::Dictionary> waitingList;
-    std::vector<Value::Dictionary> waiting() override { return waitingList; }
-    void quit() override { ended = true; }
-};
-
-QString latin(const char* text) {
-    return QString::fromLatin1(text);
-}
-
-std::string nameOf(const QDBusMessage& reply) {
-    return reply.errorName().toStdString();
-}
-
-// A descriptor as no honest caller would write it.
-struct RawDescriptor {
-    const char* key;
-    const char* typeCode;
-    QVariant value;
-};
-
-QVariant rawRecord(const std::vector<RawDescriptor>& descriptors) {
-    QDBusArgument argument;
-    argument.beginMap(QMetaType::fromType<QString>(), QMetaType::fromName("vt::qtdescriptors::WireDescriptor"));
-    for (const RawDescriptor& descriptor : descriptors) {
-        argument.beginMapEntry();
-        argument << QString::fromLatin1(descriptor.key);
-        argument.beginStructure();
-        argument << QString::fromLatin1(descriptor.typeCode) << QDBusVariant(descriptor.value);
-        argument.endStructure();
-        argument.endMapEntry();
-    }
-    argument.endMap();
-    return QVariant::fromValue(argument);
-}
-
-class QtSessionBusTest : public ::testing::Test {
-  protected:
-    void SetUp() override { ASSERT_TRUE(bus.start(service).ok()); }
-    QDBusMessage sendEvent(const EventDescriptor::Record& parameters) {
-        return ground.call(qtbus::eventsInterface, "Send",
-                           {QStringLiteral("vnTR"), QStringLiteral("GETL"), *qtdescriptors::toBus(parameters)});
-    }
-    QDBusMessage onPath(const char* member, const char* path) {
-        return ground.call(qtbus::drivesInterface, member, {QString::fromUtf8(path)});
-    }
-    // Not waited for.
-    QDBusPendingCall ask(const char* interface, const char* member, const QVariantList& arguments) {
-        QDBusMessage call = QDBusMessage::createMethodCall(latin(qtbus::busName), latin(qtbus::objectPath),
-                                                           latin(interface), latin(member));
-        call.setArguments(arguments);
-        return ground.caller.asyncCall(call, patience);
-    }
-    // As many calls, answered. All are sent and stand in line while a first one is answered: each end's answer from the
-    // bus comes behind what was sent before it, and what has come is taken in at once.
-    std::vector<QDBusPendingCall> behindTheFirst(std::size_t count, const char* interface, const char* member,
-                                                 const QVariantList& arguments) {
-        std::vector<QDBusPendingCall> sent;
-        service.onFirstEvent = [&] {
-            for (std::size_t i = 0; i < count; ++i) sent.push_back(ask(interface, member, arguments));
-            for (const QDBusConnection& end : {ground.caller, ground.agent})
-                end.call(QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                                        "org.freedesktop.DBus", "GetId"),
-                         QDBus::Block, patience);
-            QCoreApplication::sendPostedEvents();
-        };
-        const QDBusPendingCall first = ask(qtbus::eventsInterface, "Send", event);
-        std::size_t answered = 0;
-        EXPECT_TRUE(qtRunUntil([&] {
-            while (answered < sent.size() && sent[answered].isFinished()) ++answered;
-            return first.isFinished() && answered == count;
-        }));
-        EXPECT_FALSE(first.isError());
-        return sent;
-    }
-    static constexpr int patience = 600'000; // milliseconds; the usual 25 s are short for so many on a busy computer
-    const QVariantList event{QStringLiteral("vnTR"), QStringLiteral("GETL"), *qtdescriptors::toBus({})};
-    BusGround ground;
-    StubService service;
-    QtSessionBus bus{ground.agent};
-};
 
 TEST_F(QtSessionBusTest, IntrospectionIsTheInstalledFile) {
     const QDBusMessage reply = ground.call("org.freedesktop.DBus.Introspectable", "Introspect", {});
@@ -230,78 +96,11 @@ TEST_F(QtSessionBusTest, DescriptorsTravelBothWays) {
     EXPECT_TRUE(service.events[0].wantsReply);
 }
 
-TEST_F(QtSessionBusTest, BehindTenThousandThatWaitOneMoreIsRefused) {
-    const auto sent = behindTheFirst(10'001, qtbus::eventsInterface, "Send", event);
-    ASSERT_EQ(sent.size(), 10'001U);
-    EXPECT_EQ(service.events.size(), 10'001U) << "the one that is answered, and those in line";
-    EXPECT_EQ(sent.back().reply().errorName().toStdString(), "org.freedesktop.DBus.Error.LimitsExceeded");
-    EXPECT_FALSE(sent[9'999].isError());
-}
-
-TEST_F(QtSessionBusTest, PathsOfMoreThanTheLineHoldsAreRefused) {
-    const QString path(4 * 1024 * 1024, QLatin1Char('x')); // 8 MiB in memory; the line holds 64
-    const auto sent = behindTheFirst(9, qtbus::drivesInterface, "Forget", {path});
-    ASSERT_EQ(sent.size(), 9U);
-    for (std::size_t i = 0; i < 8; ++i) EXPECT_FALSE(sent[i].isError()) << i;
-    EXPECT_EQ(sent[8].reply().errorName().toStdString(), "org.freedesktop.DBus.Error.LimitsExceeded");
-    EXPECT_EQ(service.asked.size(), 8U);
-    EXPECT_EQ(onPath("Forget", "/x").type(), QDBusMessage::ReplyMessage) << "the line is empty again";
-}
-
 TEST_F(QtSessionBusTest, AnUnknownEventIsAnError) {
     service.eventReply = Error{ENOSYS, Disposition::goOn, {}, "unknown event"};
     const QDBusMessage reply = sendEvent({});
     EXPECT_EQ(nameOf(reply), "com.corvane.vantaro.Error.UnknownEvent");
     EXPECT_EQ(reply.errorMessage().toStdString(), "unknown event");
-}
-
-TEST_F(QtSessionBusTest, WrongShapesAreRefusedBeforeTheServiceSeesThem) {
-    const QVariant none = *qtdescriptors::toBus({});
-    struct Row {
-        const char* name;
-        QVariantList arguments;
-    };
-    const QVariantMap plain{{QStringLiteral("----"), QVariant(1)}};
-    const std::vector<Row> rows = {
-        {"no arguments", {}},
-        {"parameters of another type", {QStringLiteral("vnTR"), QStringLiteral("GETL"), plain}},
-        {"an event class of three bytes", {QStringLiteral("vnT"), QStringLiteral("GETL"), none}},
-        {"an event ID of five bytes", {QStringLiteral("vnTR"), QStringLiteral("GETLL"), none}},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const QDBusMessage reply = ground.call(qtbus::eventsInterface, "Send", row.arguments);
-        EXPECT_EQ(nameOf(reply), "org.freedesktop.DBus.Error.InvalidArgs");
-    }
-    EXPECT_TRUE(service.events.empty());
-}
-
-TEST_F(QtSessionBusTest, HostileDescriptorsAreRefusedWithTheirPlace) {
-    const QVariant leaf = QByteArray("x");
-    const QVariant half = QByteArray(static_cast<qsizetype>(qtvalues::largestContent / 2 + 1), 'x');
-    struct Row {
-        const char* name;
-        std::vector<RawDescriptor> raw;
-        const char* message;
-    };
-    const std::vector<Row> rows = {
-        {"a key of three bytes", {{"abc", "utf8", leaf}}, "parameters: the key \"abc\" is no four-character keyword"},
-        {"a type code of five bytes", {{"----", "utf88", leaf}}, "parameters.----: a type code has four bytes"},
-        {"a leaf that is a number",
-         {{"----", "long", QVariant(7)}},
-         "parameters.----: the value must be of type ay, a(sv) or a{s(sv)}"},
-        {"more than 16 MiB in two",
-         {{"big1", "utf8", half}, {"big2", "utf8", half}},
-         "the descriptors are larger than 16 MiB"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const QDBusMessage reply = ground.call(qtbus::eventsInterface, "Send",
-                                               {QStringLiteral("vnTR"), QStringLiteral("GETL"), rawRecord(row.raw)});
-        EXPECT_EQ(nameOf(reply), "org.freedesktop.DBus.Error.InvalidArgs");
-        EXPECT_EQ(reply.errorMessage().toStdString(), row.message);
-    }
-    EXPECT_TRUE(service.events.empty());
 }
 
 TEST_F(QtSessionBusTest, UnknownMembersAreAnswered) {
