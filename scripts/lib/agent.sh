@@ -2,9 +2,10 @@
 programs=$root/build/release/bin
 agent=
 
-# Starts the agent on the present session bus and returns when it answers. $1: file for its standard error.
+# Starts the agent on the present session bus and returns when it answers. $1: file for its standard error. It gets a
+# session of its own, so that Ctrl-C reaches the caller alone, which ends it in order.
 start_agent() {
-    "$programs/vantaro" 2>"$1" >&2 &
+    setsid "$programs/vantaro" 2>"$1" >&2 &
     agent=$!
     local tries
     for tries in {1..150}; do

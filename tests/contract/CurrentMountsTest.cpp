@@ -62,6 +62,21 @@ TEST_F(CurrentMountsTest, theTableIsReadOnceForAnyNumberOfQuestions) {
     EXPECT_EQ(changed.count(SYS_openat), 1);
 }
 
+// The kernel tells nobody of it.
+TEST_F(CurrentMountsTest, aRenamedFolderAboveAMountIsFollowed) {
+    FakeClock clock;
+    FakeRunLoop loop(clock);
+    LinuxVolumes volumes(loop);
+    const std::string before = _folder.path() + "/before/stick";
+    const std::string after = _folder.path() + "/after/stick";
+    std::filesystem::create_directories(before);
+    ASSERT_EQ(::mount("tmpfs", before.c_str(), "tmpfs", 0, "size=64k"), 0);
+    ASSERT_EQ(volumes.statVolume(before)->mountedOn, before);
+    std::filesystem::rename(_folder.path() + "/before", _folder.path() + "/after");
+    EXPECT_EQ(volumes.statVolume(after)->mountedOn, after);
+    ::umount2(after.c_str(), MNT_DETACH);
+}
+
 // A sync and the requests around it ask some fifty times about the drive.
 TEST_F(CurrentMountsTest, questionsAboutAVolumeReadNoTableWhereNothingChanged) {
     FakeClock clock;

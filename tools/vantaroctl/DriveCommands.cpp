@@ -18,9 +18,9 @@ QString onOff(const QJsonValue& value) {
 
 void printDrive(const QJsonObject& drive) {
     printNames(QString("%1  %2").arg(drive["mountPoint"].toString(), drive["name"].toString()));
-    printLine(QString("  %1, %2 free of %3")
-                  .arg(drive["fileSystem"].toString(), humanSize(drive["freeBytes"].toDouble()),
-                       humanSize(drive["totalBytes"].toDouble())));
+    printNames(QString("  %1, %2 free of %3")
+                   .arg(drive["fileSystem"].toString(), humanSize(drive["freeBytes"].toDouble()),
+                        humanSize(drive["totalBytes"].toDouble())));
     printLine(QString("  participating %1, continuous %2, device filter %3")
                   .arg(onOff(drive["participating"]), onOff(drive["continuous"]))
                   .arg(drive["deviceFilter"].toInt()));
@@ -133,7 +133,7 @@ int sendEvent(const CommandLine& line) {
     }
     const Record reply = agent.sendRaw(line.text(0), line.text(1), parameters);
     for (auto field = reply.cbegin(); field != reply.cend(); ++field)
-        printLine(field.key() + "=" + describe(field.value()));
+        printNames(field.key() + "=" + describe(field.value()));
     if (!reply.contains("errn") && !reply.contains("errs")) return done;
     printError(QString::fromUtf8(reply.value("errs").bytes()));
     return agentError;

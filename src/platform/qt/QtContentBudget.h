@@ -1,5 +1,5 @@
 // What one message may carry, and the first error that was met while its content is walked. Thread: any; a value.
-// Errors: E2BIG past qtvalues::largestContent.
+// Errors: E2BIG past qtvalues::largestContent, ELOOP where it is nested too deeply.
 #pragma once
 
 #include "base/Result.h"

@@ -78,6 +78,7 @@ class QtSessionBus::Object final : public QDBusVirtualObject {
     void endWithTheBus(QDBusConnection& connection) {
         connection.connect({}, latin("/org/freedesktop/DBus/Local"), latin("org.freedesktop.DBus.Local"),
                            latin("Disconnected"), &_busGone, SLOT(start()));
+        if (!connection.isConnected()) _busGone.start(); // it ended meanwhile, which nobody is told any more
     }
 
     // The whole introspection text is answered below; this is the part that QtDBus asks for on its own.

@@ -42,4 +42,9 @@ Result<CurrentMounts::Table> CurrentMounts::get() {
     return current ? _table : std::exchange(_table, nullptr);
 }
 
+void CurrentMounts::forget() {
+    const std::lock_guard guard(_lock);
+    _table = nullptr;
+}
+
 } // namespace vt

@@ -16,8 +16,10 @@ class CurrentMounts {
   public:
     using Table = std::shared_ptr<const MountTable>;
 
-    // Complete, as readSettledMountTable() is: no change ran into its reading.
+    // Complete, as readSettledMountTable() is: no change ran into its reading, unless it never rests.
     [[nodiscard]] Result<Table> get();
+    // The next question reads the table: a folder above a mount point was renamed, of which the kernel tells nobody.
+    void forget();
 
   private:
     [[nodiscard]] bool changedSinceLastQuestion() const;

@@ -1,5 +1,6 @@
 #include "platform/linux/volumes/VolumeLook.h"
 
+#include "base/Paths.h"
 #include "platform/linux/volumes/OpenedPath.h"
 
 #include <cerrno>
@@ -8,6 +9,7 @@
 #include <sys/ioctl.h>
 #include <sys/statvfs.h>
 #include <sys/vfs.h>
+#include <utility>
 
 namespace vt {
 
@@ -22,19 +24,31 @@ bool foldsCase(const OpenedPath& opened) {
     return folder.isOpen() && ::ioctl(folder.get(), FS_IOC_GETFLAGS, &flags) == 0 && (flags & FS_CASEFOLD_FL) != 0;
 }
 
+// The mount that holds an opened item, which therefore stands in any table that is read later.
+Result<MountEntry> mountOf(const OpenedPath& opened, const std::string& path, CurrentMounts& mounts) {
+    const auto look = [&]() -> Result<MountEntry> {
+        const auto table = mounts.get();
+        if (!table) return table.error();
+        if (const MountEntry* const mount = opened.mount(**table)) return *mount;
+        return Error{ENODEV, Disposition::driveGone, path, "no mount holds it any more"};
+    };
+    auto mount = look();
+    if (!mount || paths::isAtOrBelow(opened.realPath(), mount->target)) return mount;
+    mounts.forget();
+    return look();
+}
+
 } // namespace
 
 Result<VolumeLook> lookAtVolume(const std::string& path, CurrentMounts& mounts) {
     const auto opened = OpenedPath::open(path);
     if (!opened) return opened.error();
-    const auto table = mounts.get(); // asked last, so that it knows the mount that the opened item is held by
-    if (!table) return table.error();
-    const MountEntry* const mount = opened->mount(**table);
-    if (mount == nullptr) return Error{ENODEV, Disposition::driveGone, path, "no mount holds it any more"};
+    auto mount = mountOf(*opened, path, mounts);
+    if (!mount) return mount.error();
     struct statvfs space = {};
     if (::fstatvfs(opened->descriptor(), &space) != 0) return Error::fromErrno(errno, path);
     VolumeLook look;
-    look.mount = *mount;
+    look.mount = std::move(*mount);
     look.realPath = opened->realPath();
     look.totalBytes = std::uint64_t{space.f_blocks} * space.f_frsize;
     look.freeBytes = std::uint64_t{space.f_bavail} * space.f_frsize;
