@@ -188,6 +188,7 @@ void Pass::compareFiles(const std::string& local, const std::string& target) {
     const std::int64_t theirs = newestDate(_before, target);
     const bool mineChanged = _user.lastSync && mine > *_user.lastSync;
     const bool theirsChanged = _user.lastSync && theirs > *_user.lastSync;
+    const bool stillBoth = _user.onBothSides.contains(local);
     const bool completes =
         _computer.at(local).kind == Kind::folder && mine >= theirs && mine - theirs < _user.granularity;
     if ((_user.lastSync && !mineChanged && !theirsChanged) || mine == theirs) {
@@ -196,13 +197,13 @@ void Pass::compareFiles(const std::string& local, const std::string& target) {
                 _outcome.perhapsPresent += sizeOf(_computer, local);
                 if (_perhapsKnown.insert(local).second) _outcome.perhapsNotCopied += sizeOf(_computer, local);
             }
-            _owedDecisions.push_back({local, target, true, false, completes});
+            _owedDecisions.push_back({local, target, true, stillBoth, completes});
         } else {
             _outcome.present += sizeOf(_computer, local);
         }
         return;
     }
-    decide({local, target, mine > theirs, mineChanged && theirsChanged, completes});
+    decide({local, target, mine > theirs, stillBoth || (mineChanged && theirsChanged), completes});
 }
 
 bool Pass::isOwed(const std::string& local, std::int64_t localDate, std::int64_t driveDate) const {
@@ -344,6 +345,12 @@ void Pass::remember(const std::vector<Choice>& chosen, bool walked) {
     for (const auto& decision : _decisions)
         if (!walked && decision.enabled && decision.toDrive) _user.owed.insert(decision.local);
     _user.owed.insert(_failed.begin(), _failed.end());
+    for (const auto& decision : _decisions)
+        if (decision.enabled && decision.toDrive && decision.bothChanged) _user.onBothSides.insert(decision.local);
+    std::erase_if(_user.onBothSides, [&](const auto& path) {
+        return std::none_of(_user.owed.begin(), _user.owed.end(),
+                            [&](const auto& owed) { return isAtOrBelow(owed, path) || isAtOrBelow(path, owed); });
+    });
     if (!walked) return;
     for (const auto& choice : chosen)
         if (choice.path == choice.item) _user.coveredThrough[choice.item] = _request.now - 2 * second;

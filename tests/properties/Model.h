@@ -42,6 +42,7 @@ struct User {
     std::optional<std::int64_t> lastSync;
     bool remembered = false; // a record of what is owed has been written
     std::set<std::string> owed;
+    std::set<std::string> onBothSides;                  // changed on the drive as well, and still owed
     std::map<std::string, std::int64_t> coveredThrough; // by list item
     // Files copied while they were new, by their place on the drive: coarse dates hide no later change of theirs.
     struct Version {

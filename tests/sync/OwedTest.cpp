@@ -266,6 +266,7 @@ TEST(OwedRecordFile, keepsPathsOfAnyBytes) {
     record.owe("/home/ada/\xff %\n.mp3", OwedReason::skipped);
     record.setCoveredThrough("~/My Music", at(3));
     record.setFilter("map-1");
+    record.noteChangedOnBothSides("/home/ada/\xff %\n.mp3");
     ASSERT_TRUE(record.save().ok());
     OwedRecord again(world.files, world.files, "/home/ada/.local/state", "volume:x y");
     again.load();
@@ -273,6 +274,24 @@ TEST(OwedRecordFile, keepsPathsOfAnyBytes) {
     EXPECT_EQ(again.owed(), record.owed());
     EXPECT_EQ(again.coveredThrough("~/My Music"), at(3));
     EXPECT_EQ(again.filter(), "map-1");
+    EXPECT_TRUE(again.changedOnBothSides("/home/ada/\xff %\n.mp3"));
+    EXPECT_FALSE(again.changedOnBothSides("/home/ada"));
+}
+
+TEST(OwedRecordFile, whatWasChangedOnBothSidesIsKnownWhileAnythingOfItIsOwed) {
+    SyncWorld world;
+    OwedRecord record(world.files, world.files, "/home/ada/.local/state", "volume:x");
+    for (const char* path : {"/a/failed", "/a/left.pages", "/a/left", "/closed/inside", "/paid"})
+        record.noteChangedOnBothSides(path);
+    record.owe("/a/failed", OwedReason::failed);
+    record.owe("/a/left.pages/text", OwedReason::failed);
+    record.owe("/closed", OwedReason::failed);
+    record.forgetBothSidesOfPaid();
+    for (const char* path : {"/a/failed", "/a/left.pages", "/closed/inside"})
+        EXPECT_TRUE(record.changedOnBothSides(path)) << path;
+    for (const char* path : {"/a/left", "/paid"}) EXPECT_FALSE(record.changedOnBothSides(path)) << path;
+    record.load();
+    EXPECT_FALSE(record.changedOnBothSides("/a/failed"));
 }
 
 TEST(OwedRecordFile, aForeignOrBrokenFileIsNoRecord) {

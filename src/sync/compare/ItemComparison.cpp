@@ -183,8 +183,8 @@ ItemComparison::Answer ItemComparison::decide(const Item& item, Index local, con
         const bool isItsCopy =
             _services.recent != nullptr && drive.size == known.size && _services.recent->isCopyOf(item.drive, known);
         if (replaced || _services.owed.wants(item.local, known, driveDate, isItsCopy))
-            _owedEntries.add(
-                complete(entryFor(item, local, replaced.value_or(entrytype::changedOnOneSide), action::toDrive)));
+            _owedEntries.add(complete(entryFor(
+                item, local, replaced.value_or(orBothSides(item, entrytype::changedOnOneSide)), action::toDrive)));
         else
             _services.progress.accumulateSkipPresentData(_services.snapshot.estimate(local));
         return Answer::yes;
@@ -200,7 +200,9 @@ ItemComparison::Answer ItemComparison::decide(const Item& item, Index local, con
                                 toDrive ? "Pushkey" : "local   ", shown(older), toDrive ? "local   " : "Pushkey",
                                 shown(newer));
     }
-    const unsigned type = doubtful ? doubtfulType(decision, localDate, driveDate) : decision.syncEntryType;
+    const unsigned type = doubtful  ? doubtfulType(item, decision, localDate, driveDate)
+                          : toDrive ? orBothSides(item, decision.syncEntryType)
+                                    : decision.syncEntryType;
     ScanEntry entry = complete(entryFor(item, local, type, toDrive ? action::toDrive : action::driveIsNewer));
     if (!toDrive) {
         entry.localPath = workPath(_localWork, item.drive);
@@ -209,13 +211,19 @@ ItemComparison::Answer ItemComparison::decide(const Item& item, Index local, con
     return add(entry) ? Answer::yes : Answer::no;
 }
 
-unsigned ItemComparison::doubtfulType(const FileDecision& decision, Date localDate, Date driveDate) const {
+unsigned ItemComparison::orBothSides(const Item& item, unsigned type) const {
+    return _services.owed.changedOnBothSides(item.local) ? entrytype::changedOnBothSides : type;
+}
+
+unsigned ItemComparison::doubtfulType(const Item& item, const FileDecision& decision, Date localDate,
+                                      Date driveDate) const {
     const std::int64_t later = driveDate.nanoseconds() - localDate.nanoseconds();
     const std::int64_t granularity = std::max<std::int64_t>(_services.dateGranularity, 1);
     // The computer's version, as long as the drive may have kept its date less exactly.
     if (std::abs(later) < granularity) return entrytype::changedOnOneSide;
     if (later > 0) return entrytype::changedOnBothSides;
-    return decision.verdict == FileVerdict::toDrive ? decision.syncEntryType : entrytype::changedOnOneSide;
+    return orBothSides(item,
+                       decision.verdict == FileVerdict::toDrive ? decision.syncEntryType : entrytype::changedOnOneSide);
 }
 
 std::optional<unsigned> ItemComparison::replacedType(const Item& item, const FileAttributes& local,

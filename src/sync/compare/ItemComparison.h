@@ -80,7 +80,10 @@ class ItemComparison {
                                                        const FileAttributes& drive);
     // The same for a file that goes there because it may be short: what somebody may have changed on the drive is set
     // aside, as it is of files that are not in doubt.
-    [[nodiscard]] unsigned doubtfulType(const FileDecision& decision, Date localDate, Date driveDate) const;
+    [[nodiscard]] unsigned doubtfulType(const Item& item, const FileDecision& decision, Date localDate,
+                                        Date driveDate) const;
+    // `type`, unless an earlier pass found both sides changed and its copy has not come through since.
+    [[nodiscard]] unsigned orBothSides(const Item& item, unsigned type) const;
     Answer decide(const Item& item, Index local, const FileAttributes& drive, Date localDate, Date driveDate);
     bool walk(Frame first);
     Answer nextChild(Frame& frame, Item& child);

@@ -13,6 +13,10 @@ constexpr double startSlack = -2.0;
 bool isCopy(const ScanEntry& entry) {
     return entry.syncActionEnabled && entry.actionToPerform == action::toDrive;
 }
+
+bool isCopyOverAnEdit(const ScanEntry& entry) {
+    return isCopy(entry) && entry.syncEntryType == entrytype::changedOnBothSides;
+}
 } // namespace
 
 void OwedBook::beginPass(Date start, const std::vector<std::string>& syncItems, const std::string& filter) {
@@ -41,6 +45,8 @@ Date OwedBook::coveredThrough() const {
 
 bool OwedBook::writeMarks(const ScanResults& results, const PassTally& tally) {
     for (const auto& [path, reason] : tally.leftOut) _record.owe(path, reason);
+    for (const ScanEntry& entry : results.entries())
+        if (isCopyOverAnEdit(entry)) _record.noteChangedOnBothSides(entry.computerPath);
     const auto saved = _record.save([&](const auto& each) {
         for (const ScanEntry& entry : results.entries())
             if (isCopy(entry)) each(entry.computerPath);
@@ -54,12 +60,14 @@ void OwedBook::settle(const ScanResults& results, const PassTally& tally, bool w
         for (const ChosenItem& chosen : _chosen) _record.settle(_localPath(chosen.path));
     for (const ScanEntry& entry : results.entries()) {
         if (!isCopy(entry)) continue;
+        if (isCopyOverAnEdit(entry)) _record.noteChangedOnBothSides(entry.computerPath);
         if (walked && committed)
             _record.settle(entry.computerPath);
         else
             _record.owe(entry.computerPath, OwedReason::staged);
     }
     for (const auto& [path, reason] : tally.leftOut) _record.owe(path, reason);
+    _record.forgetBothSidesOfPaid();
     if (walked)
         for (const ChosenItem& chosen : _chosen)
             if (chosen.path == chosen.item) _record.setCoveredThrough(chosen.item, _start.plusSeconds(startSlack));

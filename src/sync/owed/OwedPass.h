@@ -25,6 +25,8 @@ class OwedPass {
     // file as it is now, and only the drive's coarse dates tell them apart.
     [[nodiscard]] bool wants(const std::string& path, const FileAttributes& local, Date driveModified,
                              bool isItsCopy) const;
+    // An earlier pass found the file changed on both sides, and its copy has not come through since.
+    [[nodiscard]] bool changedOnBothSides(const std::string& path) const { return _record.changedOnBothSides(path); }
 
   private:
     const OwedRecord& _record;

@@ -39,6 +39,7 @@ OwedRecord::OwedRecord(FileService& files, FileContents& contents, const std::st
 void OwedRecord::load() {
     _coveredThrough.clear();
     _owed.clear();
+    _onBothSides.clear();
     _filter.clear();
     const auto content = _contents.read(_path, largestRecord);
     _exists = content && read(*content);
@@ -56,6 +57,10 @@ void OwedRecord::readLine(std::string_view line, std::string& folder) {
     const std::string_view kind = recordtext::nextWord(line);
     if (kind == "filter") {
         _filter = recordtext::unescaped(line);
+        return;
+    }
+    if (kind == "both") {
+        _onBothSides.insert(recordtext::unescaped(line));
         return;
     }
     if (kind == "in") {
@@ -90,6 +95,7 @@ std::string OwedRecord::text(const MorePaths& staged) const {
             .append(reasonNames[static_cast<std::size_t>(reason)])
             .append(" ")
             .append(recordtext::escaped(path)) += "\n";
+    for (const std::string& path : _onBothSides) text.append("both ").append(recordtext::escaped(path)) += "\n";
     if (!staged) return text;
     // What lies in one folder comes in a row: the folder is written once.
     std::string folder;
@@ -160,6 +166,15 @@ bool OwedRecord::owes(std::string_view path) const {
         if (slash == std::string_view::npos || slash == 0) return false;
         path = path.substr(0, slash);
     }
+}
+
+bool OwedRecord::owesInside(const std::string& path) const {
+    const auto first = _owed.lower_bound(path + "/");
+    return first != _owed.end() && first->first.starts_with(path + "/");
+}
+
+void OwedRecord::forgetBothSidesOfPaid() {
+    std::erase_if(_onBothSides, [this](const std::string& path) { return !owes(path) && !owesInside(path); });
 }
 
 bool OwedRecord::knownToFail(const std::string& path) const {

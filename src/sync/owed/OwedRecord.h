@@ -11,6 +11,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -54,10 +55,17 @@ class OwedRecord {
     [[nodiscard]] bool knownToFail(const std::string& path) const;
     [[nodiscard]] const std::map<std::string, OwedReason, std::less<>>& owed() const { return _owed; }
 
+    // What the drive is owed was changed on the drive as well: the dates that told so lie before the last sync since.
+    void noteChangedOnBothSides(const std::string& path) { _onBothSides.insert(path); }
+    [[nodiscard]] bool changedOnBothSides(const std::string& path) const { return _onBothSides.contains(path); }
+    // Keeps of these only what is still owed, as a whole or in part.
+    void forgetBothSidesOfPaid();
+
   private:
     [[nodiscard]] std::string text(const MorePaths& staged) const;
     [[nodiscard]] bool read(std::string_view text);
     void readLine(std::string_view line, std::string& folder); // `folder`: of the "staged" lines that follow
+    [[nodiscard]] bool owesInside(const std::string& path) const;
 
     FileService& _files;
     FileContents& _contents;
@@ -68,6 +76,7 @@ class OwedRecord {
     std::string _filter;
     std::map<std::string, Date> _coveredThrough;
     std::map<std::string, OwedReason, std::less<>> _owed;
+    std::set<std::string> _onBothSides;
 };
 
 } // namespace vt

@@ -42,7 +42,9 @@ bool CommitGuard::isAsSeen(const FileAttributes& staged, const std::string& dest
         // older file to put in its place; so is the older copy that it did not come to replace. One that changed since
         // is the person's.
         if (isLater(present, staged)) return false;
-        if (isDateGiven(present.modified, *written)) return true;
+        // A package's own date does not tell an edit inside it.
+        if (isDateGiven(present.modified, *written))
+            return !present.isDirectory() || !seen || !seen->changedOnBothSides;
         if (!seen || !seen->compared || _services.journal->dateReplaced(destination) != seen->compared) return false;
     }
     if (!seen) {
