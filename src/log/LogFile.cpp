@@ -84,7 +84,7 @@ bool LogFile::write(const std::string& path, std::string_view text) {
 
 bool LogFile::leadsToNoFile(const std::string& path, const std::string& target) {
     if (target == path) return false;
-    const auto item = _files.attributes(target);
+    const auto item = _files.attributesFollowing(target);
     return item && item->kind == FileKind::other;
 }
 

@@ -42,7 +42,8 @@ class LogFile {
         std::string ending; // the last bytes, so that a changed text is not continued
     };
     [[nodiscard]] std::string followedOnce(const std::string& path);
-    // A link to a device or a pipe, such as /dev/null: whoever may would put a file in its place for everybody.
+    // A link, also by way of others, to a device or a pipe such as /dev/null: whoever may would put a file in its place
+    // for everybody.
     [[nodiscard]] bool leadsToNoFile(const std::string& path, const std::string& target);
     [[nodiscard]] bool canContinue(const std::string& path, std::string_view text);
     void remember(const std::string& path, std::string_view text);

@@ -128,6 +128,21 @@ TEST(ContinuousSync, AFolderWhoseNameOnlyBeginsLikeAnotherFollowsWithTheNextHand
     EXPECT_THAT(world.handedTo(*stick), IsEmpty());
 }
 
+TEST(ContinuousSync, ANeighbourBelowAnotherDrivesFolderFollowsToo) {
+    ContinuousWorld world;
+    const auto whole = world.addContinuousDrive("one", {"~/Docs"});
+    const auto parts = world.addContinuousDrive("two", {"~/Docs/Work", "~/Docs/Workshop"});
+    const std::string second = "/home/ada/Docs/Workshop";
+    for (const char* folder : {"/home/ada/Docs", "/home/ada/Docs/Work"}) world.change(folder);
+    world.change(second);
+    world.pass(10);
+    EXPECT_THAT(world.handedTo(*parts), ElementsAre(testing::Contains(second)));
+    world.pass(10);
+    EXPECT_THAT(world.handedTo(*parts), ElementsAre(Paths{second})) << "the first sync did not look at it";
+    world.pass(60);
+    EXPECT_THAT(world.handedTo(*parts), IsEmpty());
+}
+
 TEST(ContinuousSync, AFolderBelowAnotherIsHandedOverOnce) {
     ContinuousWorld world;
     const auto stick = world.addContinuousDrive("one", {"~/Music", "~/Music/Live"});

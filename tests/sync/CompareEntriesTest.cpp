@@ -102,5 +102,22 @@ TEST(CompareEntry, isNotMadeOfWhatIsPresentOrOnTheDriveOnly) {
     EXPECT_EQ(world.tally.driveOnly, 1U);
 }
 
+// The home folder under its whole path: its children lie in another folder of the drive than it does itself.
+TEST(CompareEntry, whatTheDriveDoesNotShowOfTheHomeFolderIsNotCopiedAgain) {
+    SyncWorld world({SyncWorld::home});
+    world.computer({file("a.mp3", "a", at(-10))});
+    world.sync();
+    world.makeFolders("/media/stick/home/ada");
+    world.sync();
+    ASSERT_EQ(world.read("/media/stick/ada_Workbench/a.mp3"), "a");
+    const auto before = world.files.attributes("/media/stick/ada_Workbench/a.mp3")->inode;
+    world.host.forget();
+    world.disk.faults().fail("list", SyncWorld::copies, EIO);
+    world.sync();
+    world.disk.faults().clear();
+    EXPECT_TRUE(world.host.has("Unable to list \"/media/stick/ada_Workbench\"."));
+    EXPECT_EQ(world.files.attributes("/media/stick/ada_Workbench/a.mp3")->inode, before);
+}
+
 } // namespace
 } // namespace vt::test

@@ -1,9 +1,8 @@
-// The pure rules of the comparison: dates, choice of items, names, scan results.
+// The pure rules of the comparison: dates, names, scan results.
 #include "support/SyncWorld.h"
 #include "sync/compare/ComputerSnapshot.h"
 #include "sync/compare/DriveFolder.h"
 #include "sync/compare/FileComparison.h"
-#include "sync/compare/ItemChoice.h"
 #include "sync/compare/ScanResults.h"
 
 namespace vt::test {
@@ -42,65 +41,6 @@ INSTANTIATE_TEST_SUITE_P(
                             FileVerdict::toDrive, 3},
                     DateRow{"aMissingDateLoses", Date::missing(), at(-5), std::nullopt, FileVerdict::driveIsNewer, 2}),
     [](const auto& row) { return row.param.name; });
-
-std::vector<std::string> pathsOfChosen(const std::vector<ChosenItem>& items) {
-    std::vector<std::string> paths;
-    for (const ChosenItem& item : items) paths.push_back(item.path);
-    return paths;
-}
-
-TEST(CompareChoice, prefixRemovalIsTextual) {
-    const HomePaths home("/home/ada");
-    EXPECT_EQ(pathsOfChosen(chooseChangedItems({"/A/BC", "/A/B", "/A/B/c"}, {"/A"}, home)),
-              (std::vector<std::string>{"/A/B"}));
-}
-
-TEST(CompareChoice, aFolderOfAnotherDrivesItemLeavesOutNothingBelowIt) {
-    const HomePaths home("/home/ada");
-    const std::vector<std::string> changed{"/home/ada", "/home/ada/Music", "/home/ada/Music/Rock", "/home/ada2"};
-    EXPECT_EQ(pathsOfChosen(chooseChangedItems(changed, {"~/Music"}, home)), (std::vector<std::string>{"~/Music"}));
-    EXPECT_EQ(pathsOfChosen(chooseChangedItems(changed, {"~/Music/Rock"}, home)),
-              (std::vector<std::string>{"~/Music/Rock"}));
-    EXPECT_EQ(pathsOfChosen(chooseChangedItems(changed, {"~/"}, home)), (std::vector<std::string>{"~/"}));
-    EXPECT_TRUE(chooseChangedItems(changed, {"/home/ada2"}, home).empty()) << "begins with the same text only";
-}
-
-TEST(CompareChoice, aChangedPathIsKeptAbbreviatedWithTheItemItBelongsTo) {
-    const HomePaths home("/home/ada");
-    const auto chosen = chooseChangedItems({"/home/ada/Music/Rock", "/srv/x"}, {"~/Pictures", "~/Music"}, home);
-    ASSERT_EQ(chosen.size(), 1U);
-    EXPECT_EQ(chosen[0].path, "~/Music/Rock");
-    EXPECT_EQ(chosen[0].item, "~/Music");
-}
-
-TEST(CompareChoice, aPathBelongsToTheInnermostItemThatHoldsIt) {
-    const HomePaths home("/home/ada");
-    const std::vector<std::string> list{"~/Pictures", "~/Pictures2", "~/Pictures2/Raw", "~/"};
-    const auto itemOf = [&](const std::string& path) { return chooseChangedItems({path}, list, home).at(0).item; };
-    EXPECT_EQ(itemOf("/home/ada/Pictures2"), "~/Pictures2") << "not the one that its text begins with";
-    EXPECT_EQ(itemOf("/home/ada/Pictures2/Raw/x"), "~/Pictures2/Raw");
-    EXPECT_EQ(itemOf("/home/ada/Pictures3"), "~/");
-    EXPECT_EQ(chooseChangedItems({"/home/ada/Pictures3"}, {"~/Pictures"}, home).at(0).item, "~/Pictures")
-        << "none holds it: the text decides";
-}
-
-TEST(CompareChoice, neighboursThatOnlyBeginAlikeAreKnownToBeLeftOut) {
-    EXPECT_EQ(neighboursLeftOut({"/A/BC", "/A/B", "/A/B/c", "/A/BC", "/A/B", "/A/BC/d", "/Z"}),
-              (std::vector<std::string>{"/A/BC", "/A/BC/d"}));
-    EXPECT_TRUE(neighboursLeftOut({"/A", "/A/B", "/B"}).empty());
-    EXPECT_TRUE(neighboursLeftOut({"/", "/A"}).empty());
-}
-
-TEST(CompareChoice, anAbsoluteItemInsideTheHomeFolderMatches) {
-    const HomePaths home("/home/ada");
-    EXPECT_EQ(pathsOfChosen(chooseChangedItems({"/home/ada/Music"}, {"/home/ada/Music"}, home)),
-              (std::vector<std::string>{"~/Music"}));
-}
-
-TEST(CompareChoice, theHomeFolderItselfIsAnItem) {
-    const HomePaths home("/home/ada");
-    EXPECT_EQ(pathsOfChosen(chooseChangedItems({"/home/ada"}, {"~/"}, home)), (std::vector<std::string>{"~/"}));
-}
 
 TEST(CompareNames, lettersOfOtherAlphabetsFoldWhereCaseDoesNotCount) {
     const NameRule blind(false);

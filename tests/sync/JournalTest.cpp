@@ -1,41 +1,13 @@
-#include "sync/journal/CopyJournal.h"
-
-#include "TreeFixture.h"
+#include "JournalFixture.h"
 
 #include "sync/keep/BesideNames.h"
 #include "sync/keep/KeepAside.h"
 #include "sync/workfolders/CommitGuard.h"
 
-#include <atomic>
 #include <cerrno>
-#include <mutex>
 
 namespace vt::test {
 namespace {
-
-class JournalTest : public TreeFixture {
-  protected:
-    static constexpr const char* folder = "/home/ann/.state/journal";
-    [[nodiscard]] CopyJournal journal(const std::string& boot = "boot-1") {
-        return CopyJournal(folder, {files, files, clock,
-                                    [this]() -> Result<void> {
-                                        ++flushes;
-                                        const int code = flushCode.load();
-                                        if (code != 0) return Error::fromErrno(code, drive);
-                                        return {};
-                                    },
-                                    boot, [this](const std::string& line) { lines.push_back(line); }});
-    }
-    void copied(CopyJournal& to, const std::string& name, std::uint64_t bytes = 10) {
-        to.beforeCopy();
-        to.afterCopy(d(name), Date::fromSeconds(1000, 7), bytes);
-    }
-    [[nodiscard]] Lines journalFiles() { return files.listNames(folder).valueOr({}); }
-
-    std::atomic<int> flushes{0};
-    std::atomic<int> flushCode{0};
-    Lines lines;
-};
 
 TEST_F(JournalTest, NothingWrittenNothingFlushed) {
     auto one = journal();
@@ -315,24 +287,6 @@ TEST_F(JournalTest, LeftoversThatAreRemovedBetweenTwoPassesStayInDoubt) {
         EXPECT_EQ(one.leftovers().groups.size(), 1U) << "not counted twice";
     }
     EXPECT_EQ(journal("boot-2").beginPass({}).files.size(), 1U); // and they are on the disk again
-}
-
-TEST_F(JournalTest, LeftoversThatCannotBeReadAreKeptUntilTheyCan) {
-    for (const char* name : {"Music/a", "Music/b"}) { // the second has merged the first
-        auto one = journal();
-        one.beginPass({d("Music")});
-        copied(one, name);
-        clock.advance(std::chrono::minutes(1));
-    }
-    for (const std::size_t known : {1U, 2U}) { // what could not be read under its name is read under another
-        disk.faults().fail("read", std::string(folder) + "/leftovers", EIO);
-        EXPECT_EQ(journal().beginPass({}).files.size(), known);
-        disk.faults().clear();
-        EXPECT_EQ(lines.size(), known);
-    }
-    auto next = journal();
-    EXPECT_EQ(next.beginPass({}).files.size(), 2U);
-    EXPECT_EQ(journalFiles(), (Lines{"leftovers"}));
 }
 
 TEST_F(JournalTest, CommitFlushesBeforeItReplacesAndJournalledCopiesAreWorthNothing) {

@@ -3,6 +3,7 @@
 #include "base/Paths.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <numeric>
 #include <utility>
 
@@ -15,8 +16,9 @@ constexpr std::size_t notThere = ~std::size_t{0};
 DriveFolder::DriveFolder(FileService& files, std::string path, NameRule rule)
     : _files(files), _path(std::move(path)), _rule(rule) {
     auto listing = _files.list(_path);
-    if (!listing) return;
-    _listed = true;
+    _listed = listing.ok();
+    _missing = listing.code() == ENOENT;
+    if (!_listed) return;
     _entries = std::move(*listing);
     _found.resize(_entries.size());
     _byName.resize(_entries.size());

@@ -21,6 +21,7 @@ class DriveFolder {
     // `secondName` is set when another name of the computer was taken for the same entry before.
     [[nodiscard]] const DirectoryEntry* find(std::string_view name, bool& secondName);
     [[nodiscard]] bool listed() const { return _listed; }
+    [[nodiscard]] bool missing() const { return _missing; } // the drive has no such folder
     // Calls `visit` for every entry that was never found, in the order of the listing, until it answers false.
     template <typename Visit> bool visitDriveOnly(Visit visit) const {
         for (std::size_t i = 0; i < _entries.size(); ++i)
@@ -37,6 +38,7 @@ class DriveFolder {
     std::string _path;
     NameRule _rule;
     bool _listed = false;
+    bool _missing = false;
     std::vector<DirectoryEntry> _entries;
     std::vector<bool> _found;
     std::vector<std::uint32_t> _byName;                        // positions, sorted by name

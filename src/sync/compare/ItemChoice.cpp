@@ -6,24 +6,26 @@ namespace vt {
 
 namespace {
 
-// A path, and those behind it in order that begin with its text.
-struct PrefixRun {
-    std::string kept;
-    std::vector<std::string> leftOut; // each once
-};
-
-std::vector<PrefixRun> prefixRuns(std::vector<std::string> changedPaths) {
-    std::sort(changedPaths.begin(), changedPaths.end());
-    changedPaths.erase(std::unique(changedPaths.begin(), changedPaths.end()), changedPaths.end());
-    std::vector<PrefixRun> runs;
-    for (std::string& path : changedPaths) {
-        if (runs.empty() || !path.starts_with(runs.back().kept))
-            runs.push_back({std::move(path), {}});
-        else
-            runs.back().leftOut.push_back(std::move(path));
-    }
-    return runs;
+void sortEachOnce(std::vector<std::string>& paths) {
+    std::sort(paths.begin(), paths.end());
+    paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
 }
+
+// The way down through sorted paths: those that the next one begins with, each below the one before it.
+class WayDown {
+  public:
+    enum class Place { apart, below, beside };
+    // Where `path` stands to the last of those that it begins with; beside it is what only begins alike.
+    Place placeOf(const std::string& path) {
+        while (!_way.empty() && !path.starts_with(*_way.back())) _way.pop_back();
+        if (_way.empty()) return Place::apart;
+        return paths::isAtOrBelow(path, *_way.back()) ? Place::below : Place::beside;
+    }
+    void add(const std::string& path) { _way.push_back(&path); }
+
+  private:
+    std::vector<const std::string*> _way; // the caller's
+};
 
 // The item that the path lies in, the innermost of several: what is remembered of the path is remembered for that one.
 // Failing that, the first whose text it begins with. Null when there is none.
@@ -53,28 +55,34 @@ std::vector<ChosenItem> chooseAllItems(const std::vector<std::string>& syncItems
 }
 
 std::vector<std::string> neighboursLeftOut(std::vector<std::string> changedPaths) {
+    sortEachOnce(changedPaths);
     std::vector<std::string> neighbours;
-    for (const PrefixRun& run : prefixRuns(std::move(changedPaths)))
-        for (const std::string& path : run.leftOut)
-            if (!paths::isAtOrBelow(path, run.kept)) neighbours.push_back(path);
+    WayDown way;
+    for (const std::string& path : changedPaths) {
+        if (way.placeOf(path) == WayDown::Place::beside)
+            neighbours.push_back(path);
+        else
+            way.add(path);
+    }
     return neighbours;
 }
 
 std::vector<ChosenItem> chooseChangedItems(std::vector<std::string> changedPaths,
                                            const std::vector<std::string>& syncItems, const HomePaths& home) {
+    sortEachOnce(changedPaths);
     std::vector<ChosenItem> chosen;
-    for (const PrefixRun& run : prefixRuns(std::move(changedPaths))) {
-        const std::string path = home.abbreviate(run.kept);
+    const std::string* kept = nullptr; // the last one chosen
+    WayDown passed;                    // what lies in no item
+    for (const std::string& changed : changedPaths) {
+        if (kept != nullptr && changed.starts_with(*kept)) continue;
+        if (passed.placeOf(changed) == WayDown::Place::beside) continue;
+        const std::string path = home.abbreviate(changed);
         if (const std::string* const item = itemOf(path, syncItems, home)) {
             chosen.push_back({path == "~" ? "~/" : path, *item});
-            continue;
+            kept = &changed;
+        } else {
+            passed.add(changed);
         }
-        std::vector<std::string> below;
-        for (const std::string& left : run.leftOut)
-            if (paths::isAtOrBelow(left, run.kept)) below.push_back(left);
-        if (below.empty()) continue;
-        const auto more = chooseChangedItems(std::move(below), syncItems, home);
-        chosen.insert(chosen.end(), more.begin(), more.end());
     }
     return chosen;
 }

@@ -21,8 +21,9 @@ struct ChosenItem {
 [[nodiscard]] std::vector<ChosenItem> chooseChangedItems(std::vector<std::string> changedPaths,
                                                          const std::vector<std::string>& syncItems,
                                                          const HomePaths& home);
-// The changed paths that the first of these tests leaves out although they do not lie below what it keeps: a sync of
-// `changedPaths` does not look at them. Sorted, each once.
+// The changed paths that begin with one before them and do not lie below it: whichever of them a drive keeps, a sync of
+// `changedPaths` may not look at these. Sorted, each once. The first of the changed paths is never one of them, so
+// asking again and again with nothing but the answer comes to an end.
 [[nodiscard]] std::vector<std::string> neighboursLeftOut(std::vector<std::string> changedPaths);
 
 } // namespace vt

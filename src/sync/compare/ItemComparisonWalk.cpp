@@ -21,8 +21,11 @@ ItemComparison::Frame ItemComparison::frameFor(const Item& folder, Index local) 
                 _services.snapshot.firstChild(local) + _services.snapshot.childCount(local)};
     if (childDrive != folder.drive) frame.children.emplace(_services.files, childDrive, _rule);
     const bool unlistable = _services.snapshot.unlistable(local);
-    if (unlistable || !frame.own.listed()) {
-        _services.log.logLine("Unable to list \"%@\".", paths::displayText(unlistable ? folder.local : folder.drive));
+    // The folder of the children may still have to be made.
+    const bool childrenHidden = frame.children && !frame.children->listed() && !frame.children->missing();
+    if (unlistable || !frame.own.listed() || childrenHidden) {
+        const std::string& onDrive = frame.own.listed() ? childDrive : folder.drive;
+        _services.log.logLine("Unable to list \"%@\".", paths::displayText(unlistable ? folder.local : onDrive));
         _services.tally.fail(folder.local, OwedReason::failed);
         noteNotLookedInto(folder.drive);
         noteNotLookedInto(childDrive);

@@ -21,7 +21,15 @@ constexpr std::uint32_t folderMode = 0700;
 constexpr std::uint32_t fileMode = 0600;
 constexpr const char* leftoversName = "leftovers";
 constexpr std::string_view groupPrefix = "group-";
-constexpr const char* earlierBoot = "earlier"; // whichever it was, it is over
+constexpr std::string_view unreadPrefix = "group-0-"; // what could not be read
+constexpr const char* earlierBoot = "earlier";        // whichever it was, it is over
+
+// The merged file before the groups as they were written, and what an earlier pass could not read before both: of two
+// copies of one file the later date counts.
+int readingOrder(std::string_view name) {
+    if (name.starts_with(unreadPrefix)) return 0;
+    return name == leftoversName ? 1 : 2;
+}
 
 bool isBelowAny(const std::string& path, const std::vector<std::string>& items) {
     return std::any_of(items.begin(), items.end(),
@@ -74,34 +82,35 @@ const CopyJournal::Leftovers& CopyJournal::beginPass(std::vector<std::string> it
     _flushFailed.reset();
     // What is known to be in doubt stays so, even if somebody has removed the file that says it.
     bool toWrite = !_leftovers.files.empty() || !_leftovers.groups.empty();
-    std::vector<std::string> read;
+    _unreadInPlace = false;
+    std::vector<std::string> merged; // the groups whose names the merged file is to hold
     if (auto names = _services.files.listNames(_folder)) {
-        // The merged file first, then the groups as they were written: of two copies of one file the later date counts.
         std::sort(names->begin(), names->end(), [](const std::string& a, const std::string& b) {
-            return std::pair(a != leftoversName, a) < std::pair(b != leftoversName, b);
+            return std::pair(readingOrder(a), a) < std::pair(readingOrder(b), b);
         });
         for (const auto& name : *names) {
             const bool group = name.starts_with(groupPrefix);
             const std::string path = paths::join(_folder, name);
             if ((!group && name != leftoversName) || waitsForFlush(path)) continue;
-            readEarlierGroup(path);
-            if (group) read.push_back(path);
-            toWrite = group;
+            if (!readEarlierGroup(path))
+                keepUnread(name);
+            else if (group)
+                merged.push_back(path);
+            else
+                toWrite = false;
         }
     }
-    if (toWrite) writeLeftovers();
     // What could not be merged is read again next time.
-    if (!_complained)
-        for (const auto& path : read) _services.files.remove(path, {}).ignore();
+    if ((toWrite || !merged.empty()) && writeLeftovers())
+        for (const auto& path : merged) _services.files.remove(path, {}).ignore();
     return _leftovers;
 }
 
-void CopyJournal::readEarlierGroup(const std::string& path) {
+bool CopyJournal::readEarlierGroup(const std::string& path) {
     const auto text = _services.contents.read(path, largestJournal);
     if (!text) {
         complain(text.error());
-        if (paths::lastComponent(path) == leftoversName) keepUnread(path);
-        return;
+        return false;
     }
     // The merged file holds one block per earlier start of the computer.
     std::size_t at = 0;
@@ -118,15 +127,20 @@ void CopyJournal::readEarlierGroup(const std::string& path) {
         if (group.bootId != _services.bootId && !group.items.empty()) addLeftoverGroup({group.items, group.start});
         at = next;
     }
+    return true;
 }
 
-// Writing what is known would take the place of what is not: it goes among the groups, which are read until they can
-// be.
-void CopyJournal::keepUnread(const std::string& path) {
-    for (int number = 0;; ++number) {
-        const std::string kept = std::string(groupPrefix) + "0-" + std::to_string(number);
-        if (_services.files.move(path, paths::join(_folder, kept), Replace::never).code() != EEXIST) return;
-    }
+// Writing what is known would take the place of a merged file that is not. Like a group it gets a name under which it
+// is tried before all that is written from now on. A file that has gone meanwhile needs none.
+void CopyJournal::keepUnread(const std::string& name) {
+    if (name.starts_with(unreadPrefix)) return;
+    int code = EEXIST;
+    for (int number = 0; code == EEXIST; ++number)
+        code = _services.files
+                   .move(paths::join(_folder, name),
+                         paths::join(_folder, std::string(unreadPrefix) + std::to_string(number)), Replace::never)
+                   .code();
+    if (name == leftoversName && code != 0 && code != ENOENT) _unreadInPlace = true;
 }
 
 bool CopyJournal::waitsForFlush(const std::string& path) const {
@@ -138,11 +152,12 @@ void CopyJournal::addLeftoverGroup(Leftovers::Group group) {
     if (std::find(groups.begin(), groups.end(), group) == groups.end()) groups.push_back(std::move(group));
 }
 
-void CopyJournal::writeLeftovers() {
+bool CopyJournal::writeLeftovers() {
+    if (_unreadInPlace) return false;
     const std::string path = paths::join(_folder, leftoversName);
     if (_leftovers.files.empty() && _leftovers.groups.empty()) {
         _services.files.remove(path, {}).ignore();
-        return;
+        return true;
     }
     makeFolder();
     JournalGroup names;
@@ -159,6 +174,7 @@ void CopyJournal::writeLeftovers() {
     }
     const auto written = _services.contents.writeAtomically(path, text, fileMode);
     if (!written) complain(written.error());
+    return written.ok();
 }
 
 std::optional<Date> CopyJournal::dateGiven(const std::string& path) const {
@@ -180,7 +196,7 @@ void CopyJournal::settle(const std::vector<std::string>& items, const std::map<s
     for (auto& group : _leftovers.groups) changes += narrow(group.items, items, notLookedInto) ? 1U : 0U;
     uniteLeftoverGroups();
     for (const auto& file : stillInDoubt) changes += _leftovers.files.insert(file).second ? 1U : 0U;
-    if (changes != 0) writeLeftovers();
+    if (changes != 0) (void)writeLeftovers();
 }
 
 // The earliest of several that speak for the same: a folder that never comes back would collect them for ever.

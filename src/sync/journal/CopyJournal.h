@@ -100,11 +100,12 @@ class CopyJournal {
     void finishRunningFlush();
     void flushNow();
     void flushEnded(const Result<void>& flushed, const Running& covering);
-    void readEarlierGroup(const std::string& path);
-    void keepUnread(const std::string& path);
+    [[nodiscard]] bool readEarlierGroup(const std::string& path);
+    void keepUnread(const std::string& name);
     void addLeftoverGroup(Leftovers::Group group);
     void uniteLeftoverGroups();
-    void writeLeftovers();
+    // False where the disk does not hold what is known: then nothing that says it may go.
+    [[nodiscard]] bool writeLeftovers();
     void complain(const Error& error);
 
     std::string _folder;
@@ -119,6 +120,7 @@ class CopyJournal {
     std::uint64_t _copiesFlushed = 0;
     std::uint64_t _groupsOpened = 0;
     bool _complained = false;
+    bool _unreadInPlace = false;       // the merged file could not be read, nor moved out of the way
     std::optional<Error> _flushFailed; // in this pass: what it should have covered stays in doubt
     std::optional<Running> _running;
     FlushThread _thread;
