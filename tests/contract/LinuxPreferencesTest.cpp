@@ -24,7 +24,7 @@ class LinuxPreferencesTest : public testing::Test {
     std::string plist(const Value::Dictionary& values) { return lists.xml(Value(values)).valueOr(""); }
     // `bytes` become the file that stands for the any-host store.
     std::string given(const std::string& bytes) {
-        const std::string path = preferences->path(domain, any);
+        std::string path = preferences->path(domain, any);
         files.makeDirectory(folder / "config", 0700).ignore();
         files.makeDirectory(folder / ("config/" + domain), 0700).ignore();
         EXPECT_TRUE(files.writeAtomically(path, bytes, 0600).ok());

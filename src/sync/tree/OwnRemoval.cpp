@@ -29,7 +29,7 @@ void openAll(FileService& files, const std::string& path) {
 
 Result<void> removeOwn(FileService& files, const std::string& path, const RemovalQuestion& question) {
     bool closed = false;
-    const auto removed = files.remove(path, [&](const Error& error) {
+    auto removed = files.remove(path, [&](const Error& error) {
         closed = error.code == EACCES || error.code == EPERM;
         return !closed && question && question(error);
     });
