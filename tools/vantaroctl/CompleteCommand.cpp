@@ -15,7 +15,7 @@ QStringList driveWords() {
     QMap<QString, int> names;
     try {
         Agent agent;
-        for (const QJsonValue& drive : agent.drives()) {
+        for (const QJsonValue drive : agent.drives()) {
             words.append(drive["mountPoint"].toString());
             ++names[drive["name"].toString()];
         }

@@ -68,7 +68,7 @@ QByteArray xml(plist_t root) {
     char* text = nullptr;
     uint32_t length = 0;
     plist_to_xml(root, &text, &length);
-    const QByteArray bytes(text, static_cast<qsizetype>(length));
+    QByteArray bytes(text, static_cast<qsizetype>(length));
     std::free(text);
     return bytes;
 }

@@ -26,7 +26,7 @@ void printDrive(const QJsonObject& drive) {
                   .arg(drive["deviceFilter"].toInt()));
     const QJsonArray list = drive["syncList"].toArray();
     if (list.isEmpty()) printLine("  nothing on its sync list");
-    for (const QJsonValue& item : list) printNames("  keeps " + item.toString());
+    for (const QJsonValue item : list) printNames("  keeps " + item.toString());
 }
 
 } // namespace
@@ -43,7 +43,7 @@ int listDrives(const CommandLine& line) {
         return done;
     }
     QList<QStringList> rows;
-    for (const QJsonValue& drive : drives) {
+    for (const QJsonValue drive : drives) {
         const QString lastSync = drive["lastSyncTime"].toString();
         rows.append({drive["mountPoint"].toString(), drive["fileSystem"].toString(),
                      humanSize(drive["freeBytes"].toDouble()), drive["busy"].toBool() ? "busy" : "idle",
@@ -61,7 +61,7 @@ int listVolumes(const CommandLine& line) {
         return done;
     }
     QList<QStringList> rows;
-    for (const QJsonValue& volume : volumes)
+    for (const QJsonValue volume : volumes)
         rows.append({volume["mountPoint"].toString(), volume["fileSystem"].toString(),
                      volume["served"].toBool() ? "yes" : "no", volume["reason"].toString()});
     printTable({"VOLUME", "TYPE", "SERVED", "WHY NOT"}, rows);

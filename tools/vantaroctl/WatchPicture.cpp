@@ -14,7 +14,7 @@ constexpr int widestLabel = 24;
 void WatchPicture::setDrives(const QJsonArray& drives,
                              const std::function<QJsonObject(const QString& mountPoint)>& progressOf) {
     QMap<QString, Drive> known = std::exchange(_drives, {});
-    for (const QJsonValue& served : drives) {
+    for (const QJsonValue served : drives) {
         const QString mountPoint = served["mountPoint"].toString();
         if (!_only.isEmpty() && mountPoint != _only) continue;
         const bool isNew = !known.contains(mountPoint);
