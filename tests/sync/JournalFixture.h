@@ -28,6 +28,15 @@ class JournalTest : public TreeFixture {
         to.beforeCopy();
         to.afterCopy(d(name), Date::fromSeconds(1000, 7), bytes);
     }
+    // Each leaves a copy in doubt; the second has merged the group of the first.
+    void cutTwoSyncs() {
+        for (const char* name : {"Music/a", "Music/b"}) {
+            auto one = journal();
+            one.beginPass({d("Music")});
+            copied(one, name);
+            clock.advance(std::chrono::minutes(1));
+        }
+    }
     [[nodiscard]] Lines journalFiles() { return files.listNames(folder).valueOr({}); }
 
     std::atomic<int> flushes{0};

@@ -7,12 +7,7 @@ namespace vt::test {
 namespace {
 
 TEST_F(JournalTest, LeftoversThatCannotBeReadAreKeptUntilTheyCan) {
-    for (const char* name : {"Music/a", "Music/b"}) { // the second has merged the first
-        auto one = journal();
-        one.beginPass({d("Music")});
-        copied(one, name);
-        clock.advance(std::chrono::minutes(1));
-    }
+    cutTwoSyncs();
     // What could not be read under its name is read under another; what was read with it has been merged.
     for (const char* aside : {"group-0-0", "group-0-1"}) {
         disk.faults().fail("read", merged, EIO);
@@ -70,12 +65,7 @@ TEST_F(JournalTest, OfTwoCopiesOfAFileTheLaterCountsAlsoWhenTheFirstIsReadLate) 
 }
 
 TEST_F(JournalTest, NothingIsWrittenOverLeftoversThatCanNeitherBeReadNorMoved) {
-    for (const char* name : {"Music/a", "Music/b"}) { // the second has merged the first
-        auto one = journal();
-        one.beginPass({d("Music")});
-        copied(one, name);
-        clock.advance(std::chrono::minutes(1));
-    }
+    cutTwoSyncs();
     const Lines before = journalFiles();
     disk.faults().fail("read", merged, EIO);
     disk.faults().fail("move", merged, EACCES);
